@@ -23,8 +23,14 @@ endif()
 # the sources of one folder under src/ and adds it to vek_lib.
 function(vek_subsystem name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
-  add_library(vek_${name} STATIC ${ARG_SOURCES})
-  target_link_libraries(vek_${name} PUBLIC vek_options ${ARG_DEPENDS} PRIVATE vek_warnings)
+  if(ARG_SOURCES)
+    add_library(vek_${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(vek_${name} PUBLIC vek_options ${ARG_DEPENDS} PRIVATE vek_warnings)
+  else()
+    # A folder of headers only, so far.
+    add_library(vek_${name} INTERFACE)
+    target_link_libraries(vek_${name} INTERFACE vek_options ${ARG_DEPENDS})
+  endif()
   target_link_libraries(vek_lib INTERFACE vek_${name})
 endfunction()
 
