@@ -1,0 +1,227 @@
+// The connection, the one road to the server, the value texts, the generic queries and the
+// read of one measurement row, on which the main loop rests.
+#include "store/WorkPostgreSQL.h"
+
+#include <cmath>
+#include <pqxx/pqxx>
+#include <thread>
+#include <utility>
+
+WorkPostgreSQL::WorkPostgreSQL(std::string host_, std::string name_, std::string user_,
+                               std::string password_, PrintLog* log_,
+                               std::chrono::milliseconds reconnect_pause_)
+    : log(log_), host(std::move(host_)), name(std::move(name_)), user(std::move(user_)),
+      password(std::move(password_)), reconnect_pause(reconnect_pause_) {
+  openConnect();
+}
+
+WorkPostgreSQL::~WorkPostgreSQL() { closeConnect(); }
+
+void WorkPostgreSQL::closeConnect() {
+  if (connection) {
+    connection->disconnect();
+  }
+}
+
+void WorkPostgreSQL::openConnect() {
+  // No quoting of the values: the credentials come from the command line as they are.
+  const std::string options =
+      "host=" + host + " dbname=" + name + " user=" + user + " password=" + password;
+  for (;;) {
+    try {
+      auto fresh = std::make_unique<pqxx::connection>(options);
+      // A lost session is reported to the caller, whose catch block waits and calls
+      // openConnect; libpqxx must not reconnect behind its back in the middle of a row.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+      fresh->inhibit_reactivation(true);
+#pragma GCC diagnostic pop
+      // The session replaced after a loss is released rather than kept open on the server.
+      connection = std::move(fresh);
+      log->print("connect to database: " + host + " " + name + " " + user + "\n");
+      return;
+    } catch (const pqxx::broken_connection& e) {
+      // The server is down or refuses us: the service has nothing to do without it, so it
+      // waits for as long as it takes.
+      log->print(e.what());
+      log->print("reconnect pause 30c\n");
+      std::this_thread::sleep_for(reconnect_pause);
+    }
+  }
+}
+
+pqxx::result WorkPostgreSQL::execute(const std::string& sql) {
+  pqxx::work transaction(*connection);
+  pqxx::result rows = transaction.exec(sql);
+  transaction.commit();
+  return rows;
+}
+
+std::string WorkPostgreSQL::numberText(int value) { return pqxx::to_string(value); }
+std::string WorkPostgreSQL::numberText(long value) { return pqxx::to_string(value); }
+std::string WorkPostgreSQL::numberText(unsigned int value) { return pqxx::to_string(value); }
+
+namespace {
+template <typename T> std::string finiteText(T value) {
+  if (!std::isfinite(value)) {
+    return "NULL";
+  }
+  std::string text = pqxx::to_string(value);
+  for (char& c : text) {
+    if (c == ',') {
+      c = '.';
+    }
+  }
+  return text;
+}
+} // namespace
+
+std::string WorkPostgreSQL::floatText(float value) { return finiteText(value); }
+std::string WorkPostgreSQL::floatText(double value) { return finiteText(value); }
+
+std::string WorkPostgreSQL::boolText(bool value) { return value ? "true" : "false"; }
+
+std::string WorkPostgreSQL::optionalId(long id) { return id == 0 ? "NULL" : numberText(id); }
+
+std::string WorkPostgreSQL::optionalIdCondition(long id) {
+  return id == 0 ? "IS NULL" : "= " + numberText(id);
+}
+
+std::string WorkPostgreSQL::quoted(const std::string& text) {
+  std::string out;
+  out.reserve(text.size() + 2);
+  out += '\'';
+  for (const char c : text) {
+    if (c == '\'') {
+      out += '\'';
+    }
+    out += c;
+  }
+  out += '\'';
+  return out;
+}
+
+std::string WorkPostgreSQL::optionalQuoted(const std::string& text) {
+  return text.empty() ? "NULL" : quoted(text);
+}
+
+std::string WorkPostgreSQL::optionalQuotedCondition(const std::string& text) {
+  return text.empty() ? "IS NULL" : "= " + quoted(text);
+}
+
+namespace {
+// Feeding appends to what an earlier extraction left unread; a NULL feeds nothing, and the
+// extraction of nothing leaves the target untouched.
+template <typename T>
+void extract(std::stringstream& stream, const pqxx::field& field, T& target) {
+  stream.clear();
+  stream << field.c_str();
+  stream >> target;
+}
+} // namespace
+
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
+                               int& target) {
+  extract(stream, field, target);
+}
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
+                               long& target) {
+  extract(stream, field, target);
+}
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
+                               unsigned int& target) {
+  extract(stream, field, target);
+}
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
+                               float& target) {
+  extract(stream, field, target);
+}
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
+                               double& target) {
+  extract(stream, field, target);
+}
+
+std::string WorkPostgreSQL::textField(const pqxx::field& field) {
+  return field.is_null() ? std::string() : std::string(field.c_str(), field.size());
+}
+
+int WorkPostgreSQL::getValueInt(std::string sql) {
+  const pqxx::result rows = execute(sql);
+  int value = 0;
+  std::stringstream stream;
+  for (const auto& row : rows) {
+    for (const auto& field : row) {
+      readField(stream, field, value);
+    }
+  }
+  return value;
+}
+
+std::string WorkPostgreSQL::getValueString(std::string sql) {
+  const pqxx::result rows = execute(sql);
+  std::string value;
+  for (const auto& row : rows) {
+    // A statement may return rows without columns; they read as the empty text.
+    value = row.empty() ? std::string() : textField(row[0]);
+  }
+  return value;
+}
+
+void WorkPostgreSQL::getValue(std::string sql, std::vector<std::vector<int>>& values) {
+  const pqxx::result rows = execute(sql);
+  std::stringstream stream;
+  for (const auto& row : rows) {
+    std::vector<int> line;
+    line.reserve(row.size());
+    for (const auto& field : row) {
+      int value = 0;
+      readField(stream, field, value);
+      line.push_back(value);
+    }
+    values.push_back(std::move(line));
+  }
+}
+
+void WorkPostgreSQL::getValue(std::string sql, std::vector<std::string>& values) {
+  const pqxx::result rows = execute(sql);
+  for (const auto& row : rows) {
+    values.push_back(row.empty() ? std::string() : textField(row[0]));
+  }
+}
+
+void WorkPostgreSQL::readDataTable(std::string sql, std::vector<std::vector<double>>& table) {
+  const pqxx::result rows = execute(sql);
+  std::stringstream stream;
+  for (const auto& row : rows) {
+    std::vector<double> line;
+    line.reserve(row.size());
+    for (const auto& field : row) {
+      double value = 0.0;
+      readField(stream, field, value);
+      line.push_back(value);
+    }
+    table.push_back(std::move(line));
+  }
+}
+
+void WorkPostgreSQL::writeData(std::string sql) { execute(sql); }
+
+void WorkPostgreSQL::readParamInfo(int id, param_info& info) {
+  log->print(false, true, "reading data: ID = " + numberText(id) + "\n");
+  const pqxx::result rows = execute("SELECT SOURCE, TYPE_MOD, TYPE_PARAM, RECEIPT_DATE, TU_ERROR, "
+                                    "PARAM_SETTINGS, MODULE_CONFIG, KIND FROM PARAM_INFO WHERE ID=" +
+                                    numberText(id));
+  std::stringstream stream;
+  for (const auto& row : rows) {
+    readField(stream, row[0], info.source);
+    readField(stream, row[1], info.type_mod);
+    readField(stream, row[2], info.type_param);
+    info.receipt_date = textField(row[3]);
+    info.tu_error = textField(row[4]);
+    info.param_settings = textField(row[5]);
+    info.module_config = textField(row[6]);
+    readField(stream, row[7], info.kind);
+    // Only an existing row gets its id: the loop takes id 0 for a gap and moves on.
+    info.id = id;
+  }
+}
