@@ -27,7 +27,9 @@ void PrintLog::print(bool console, bool file, std::string text) {
   }
 }
 
-void PrintLog::setPrintFile(bool file) { print_file = file; }
+void PrintLog::setPrintFile(bool file) {
+  print_file = file;
+}
 
 void PrintLog::appendToFile(const std::string& text) {
   stream.open(file_name, std::ios::out | std::ios::app);

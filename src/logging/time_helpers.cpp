@@ -7,8 +7,8 @@
 namespace {
 
 std::string formatTime(const std::tm& t, int flag) {
-  std::string text = std::to_string(t.tm_year + 1900) + "-" + std::to_string(t.tm_mon + 1) +
-                     "-" + std::to_string(t.tm_mday);
+  std::string text = std::to_string(t.tm_year + 1900) + "-" + std::to_string(t.tm_mon + 1) + "-" +
+                     std::to_string(t.tm_mday);
   if (flag == 1) {
     text += "-" + std::to_string(t.tm_hour) + "-" + std::to_string(t.tm_min) + "-" +
             std::to_string(t.tm_sec);

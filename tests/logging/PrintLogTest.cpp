@@ -14,8 +14,7 @@ namespace {
 class LogFile {
 public:
   explicit LogFile(const std::string& tag)
-      : path(::testing::TempDir() + "printlog_" + tag + "_" + std::to_string(getpid()) +
-             ".log") {
+      : path(::testing::TempDir() + "printlog_" + tag + "_" + std::to_string(getpid()) + ".log") {
     std::remove(path.c_str());
   }
   ~LogFile() { std::remove(path.c_str()); }

@@ -15,8 +15,8 @@ constexpr long kClockTickSec = 1;
 const char* kStatementFormat = "%Y-%m-%d %H:%M:%S";
 
 std::string expectedUnpadded(const std::tm& t, int flag) {
-  std::string text = std::to_string(t.tm_year + 1900) + "-" + std::to_string(t.tm_mon + 1) +
-                     "-" + std::to_string(t.tm_mday);
+  std::string text = std::to_string(t.tm_year + 1900) + "-" + std::to_string(t.tm_mon + 1) + "-" +
+                     std::to_string(t.tm_mday);
   if (flag == 1) {
     text += "-" + std::to_string(t.tm_hour) + "-" + std::to_string(t.tm_min) + "-" +
             std::to_string(t.tm_sec);
@@ -35,7 +35,7 @@ long secondsBetween(const std::string& later, const std::string& earlier) {
 } // namespace
 
 TEST(SecToString, GivesUtcWithoutLeadingZeros) {
-  EXPECT_EQ(sec_to_string(1688461501L), "2023-7-4 9:5:1");  // 2023-07-04 09:05:01 UTC
+  EXPECT_EQ(sec_to_string(1688461501L), "2023-7-4 9:5:1"); // 2023-07-04 09:05:01 UTC
   EXPECT_EQ(sec_to_string(0L), "1970-1-1 0:0:0");
   EXPECT_EQ(sec_to_string(1703980799L), "2023-12-30 23:59:59");
 }
@@ -63,7 +63,7 @@ TEST(TimeNow, EmptyOffsetIsLocalTimeAndZeroOffsetIsUtc) {
     const std::string utc = time_now(2, "+0:00");
     const std::string utc_plain = time_now(1);
     if (std::time(nullptr) != now) {
-      continue;  // the second turned over while reading; take the clock again
+      continue; // the second turned over while reading; take the clock again
     }
     const std::tm local_tm = *std::localtime(&now);
     const std::tm utc_tm = *std::gmtime(&now);

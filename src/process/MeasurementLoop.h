@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+
+#include "logging/PrintLog.h"
+#include "process/CommandLine.h"
+#include "store/DataBase.h"
+
+// The spine of the service: walks PARAM_INFO by rising id, one measurement row per pass,
+// and sleeps when it has caught up. Polling by id is the whole input. A row below the
+// highest id already in MATH_HISTORY at start is a replay: recomputed, rewritten, silent.
+//
+// A pass never lets a database fault end the process: a rejected statement skips the row, a
+// lost connection waits, reconnects and repeats the row, any other fault skips the row after
+// a second. Each fault leaves one line in the error log.
+class MeasurementLoop {
+public:
+  // `db` and `log` are borrowed and outlive the loop. `id_history` is MAX(param_info_id) of
+  // MATH_HISTORY at start, `id_current` the first row to do.
+  MeasurementLoop(DataBase* db, PrintLog* log, const CommandLine& options, int id_history,
+                  int id_current);
+
+  // Runs passes until the stop id is reached; with no stop id it never returns.
+  void run();
+
+private:
+  // One pass: timers, the newest id, at most one row, the pause. Returns true when the
+  // stop id has been reached.
+  bool pass();
+  // Steps of the pass up to the stop test; exceptions pass to the guard in pass().
+  bool guardedPass();
+  void processRowGuarded(std::chrono::steady_clock::time_point pass_start);
+  void processRow();
+
+  DataBase* db;
+  PrintLog* log;
+
+  const int id_stop;
+  const int pause;
+  const int middlecounter;
+  const int id_history;
+
+  int id_current;
+  int id_last = 0;
+  bool replay = false;
+
+  // Milliseconds. The timers advance by the duration of the previous pass, so they have the
+  // grain of a pass: during a long row nothing else runs.
+  int elapsed_ms = 0;
+  int settings_timer = 60001;
+  int aggregate_clock = 0;
+  int middle_tick = 0;
+
+  // Counted per kind of fault for a debugger or a core file; nothing reads them.
+  int sql_errors = 0;
+  int connection_errors = 0;
+  int exceptions = 0;
+  int unknown_errors = 0;
+};
