@@ -132,6 +132,10 @@ public:
   int getRecommendationCode(std::string code, int type_message_id) override;
 
 private:
+  // Tests reach the value texts and reading rules through this one door, to prove them
+  // against real statements.
+  friend struct WorkPostgreSQLProbe;
+
   // ---- The one road to the server ------------------------------------------------------
   //
   // Every statement of every operation goes through execute: a block-local pqxx::work
