@@ -1,7 +1,7 @@
 #include "coder/envspectrum.h"
 
 #include "coder/FftPlanCache.h"
-#include "coder/blockedSum.h"
+#include "coder/sum.h"
 #include "coder/fft.h"
 #include "coder/firls.h"
 #include "coder/hilbert.h"
@@ -24,7 +24,7 @@ void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
   }
   const size_t count = static_cast<size_t>(n);
   std::vector<double> centred(x.data(), x.data() + n);
-  const double mean_x = internal::blockedMean(centred.data(), n);
+  const double mean_x = coder::mean(centred.data(), n);
   for (double& v : centred) v -= mean_x;
 
   // The default band is fs/4 .. 3fs/8, handed to fir1 as fractions of Nyquist.
@@ -51,7 +51,7 @@ void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
   hilbert(band, analytic);
   env.set_size(n);
   for (int k = 0; k < n; ++k) env[k] = rt_hypotd_snf(analytic[k].re, analytic[k].im);
-  const double mean_env = internal::blockedMean(env.data(), n);
+  const double mean_env = coder::mean(env.data(), n);
   for (int k = 0; k < n; ++k) env[k] -= mean_env;
 
   // One-sided peak-amplitude spectrum of the envelope.

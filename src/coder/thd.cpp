@@ -1,6 +1,6 @@
 #include "coder/thd.h"
 
-#include "coder/blockedSum.h"
+#include "coder/sum.h"
 #include "coder/periodogram.h"
 #include "coder/windows.h"
 
@@ -145,7 +145,7 @@ double thd(const array<double, N>& x, double fs, int n, array<double, 1>& harmpo
   }
   array<double, 1> centred;
   centred.set_size(len);
-  const double mean = internal::blockedMean(x.data(), len);
+  const double mean = coder::mean(x.data(), len);
   for (int k = 0; k < len; ++k) centred[k] = x[k] - mean;
   array<double, 1> w;
   kaiser(len, 38.0, w);
