@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace coder {
 
 void findpeaks(const double* y, int n, std::vector<double>& pks, std::vector<double>& locs) {
+  const double inf = std::numeric_limits<double>::infinity();
   pks.clear();
   locs.clear();
   // One pass over runs of equal values, from an imagined +Inf before the first sample.
@@ -16,11 +18,11 @@ void findpeaks(const double* y, int n, std::vector<double>& pks, std::vector<dou
   std::vector<int> infinite_peaks;
   int direction = 0;
   int run_first = -1;
-  double run_value = INFINITY;
+  double run_value = inf;
   bool run_infinite = true;
   for (int k = 0; k < n; ++k) {
-    const double yk = std::isnan(y[k]) ? INFINITY : y[k];
-    const bool infinite = yk == INFINITY;
+    const double yk = std::isnan(y[k]) ? inf : y[k];
+    const bool infinite = yk == inf;
     if (infinite && !std::isnan(y[k])) infinite_peaks.push_back(k);
     if (yk != run_value) {
       const int previous = direction;
