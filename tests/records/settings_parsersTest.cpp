@@ -113,6 +113,8 @@ TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
                std::invalid_argument);
   EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e999}])"),
                std::out_of_range);
+  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e-310}])"),
+               std::out_of_range);
   // More than one character after the last "}": no further "{" is found.
   EXPECT_THROW(parse_param_settings("[{\"name_param\": \"a\", \"value\": 1}]\n"),
                std::out_of_range);
