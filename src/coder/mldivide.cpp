@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace coder {
 namespace {
@@ -17,6 +18,15 @@ void qrsolve(const double* a, int m, int n, const double* b, double* x, int* ran
   for (int j = 0; j < n; ++j) x[j] = 0.0;
   if (rank != nullptr) *rank = 0;
   if (m <= 0 || n <= 0) return;
+  // A NaN or infinity mixes into every Householder reflection and so into every coefficient;
+  // Eigen's pivoting would instead step around it, so the MATLAB result is set directly.
+  bool finite = true;
+  for (int k = 0; k < m * n; ++k) finite = finite && std::isfinite(a[k]);
+  for (int k = 0; k < m; ++k) finite = finite && std::isfinite(b[k]);
+  if (!finite) {
+    for (int j = 0; j < n; ++j) x[j] = std::numeric_limits<double>::quiet_NaN();
+    return;
+  }
   const Eigen::Map<const Matrix> A(a, m, n);
   const Eigen::Map<const Vector> B(b, m);
   const Eigen::ColPivHouseholderQR<Matrix> qr(A);

@@ -9,7 +9,7 @@ namespace coder {
 // leading |R(k,k)| above 2.220446049250313e-15 * max(m, n) * |R(1,1)|, back substitution on
 // the leading rank-by-rank block, and the pivoted-out coefficients exactly 0 (the basic
 // solution, not the minimum-norm one). x has n elements. *rank receives the rank when not
-// null. m or n of 0 gives x = 0.
+// null. m or n of 0 gives x = 0; a NaN or infinity in A or b gives x all NaN (rank 0).
 void qrsolve(const double* a, int m, int n, const double* b, double* x, int* rank);
 
 // x = A \ b as MATLAB mldivide: square A by LU with partial pivoting (a singular A gives
