@@ -3,6 +3,7 @@
 #include "store/WorkPostgreSQL.h"
 
 #include <cmath>
+#include <locale>
 #include <pqxx/pqxx>
 #include <thread>
 #include <utility>
@@ -111,9 +112,13 @@ std::string WorkPostgreSQL::optionalQuotedCondition(const std::string& text) {
 
 namespace {
 // Feeding appends to what an earlier extraction left unread; a NULL feeds nothing, and the
-// extraction of nothing leaves the target untouched.
+// extraction of nothing leaves the target untouched. The server prints numbers with a point
+// whatever the locale of the process, so the stream reads them in the classic locale.
 template <typename T>
 void extract(std::stringstream& stream, const pqxx::field& field, T& target) {
+  if (stream.getloc() != std::locale::classic()) {
+    stream.imbue(std::locale::classic());
+  }
   stream.clear();
   stream << field.c_str();
   stream >> target;

@@ -1,0 +1,95 @@
+#include "support/StoreTest.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+namespace vek_test {
+
+std::unique_ptr<ThrowawayDatabase> StoreTest::database_;
+std::string StoreTest::setup_error_;
+
+void StoreTest::SetUpTestSuite() {
+  setup_error_.clear();
+  std::string label = "suite";
+  if (const auto* suite = ::testing::UnitTest::GetInstance()->current_test_suite()) {
+    label = suite->name();
+  }
+  try {
+    database_ = std::make_unique<ThrowawayDatabase>(label);
+  } catch (const std::exception& e) {
+    setup_error_ = e.what();
+  }
+}
+
+void StoreTest::TearDownTestSuite() { database_.reset(); }
+
+void StoreTest::SetUp() {
+  ASSERT_TRUE(database_) << "no test database: " << setup_error_;
+  log_path_ = temporaryFile("store-log");
+  log_ = std::make_unique<PrintLog>(false, true, log_path_);
+  sql_ = std::make_unique<pqxx::connection>(database_->connectionString());
+  store_ = makeStore(log_.get());
+}
+
+void StoreTest::TearDown() {
+  store_.reset();
+  sql_.reset();
+  log_.reset();
+  for (const auto& path : temporary_files_) {
+    std::remove(path.c_str());
+  }
+  temporary_files_.clear();
+}
+
+std::string StoreTest::logText() const { return fileText(log_path_); }
+
+std::string StoreTest::fileText(const std::string& path) {
+  std::ifstream in(path);
+  std::ostringstream text;
+  if (in) {
+    text << in.rdbuf();
+  }
+  return text.str();
+}
+
+void StoreTest::exec(const std::string& statements) {
+  pqxx::work work(*sql_);
+  work.exec(statements);
+  work.commit();
+}
+
+pqxx::result StoreTest::query(const std::string& statement) {
+  pqxx::work work(*sql_);
+  pqxx::result rows = work.exec(statement);
+  work.commit();
+  return rows;
+}
+
+std::string StoreTest::scalar(const std::string& statement) {
+  const pqxx::result rows = query(statement);
+  if (rows.empty() || rows[0].empty() || rows[0][0].is_null()) {
+    return "";
+  }
+  return rows[0][0].c_str();
+}
+
+std::unique_ptr<WorkPostgreSQL>
+StoreTest::makeStore(PrintLog* other_log, std::chrono::milliseconds reconnect_pause) const {
+  return std::make_unique<WorkPostgreSQL>(database_->host(), database_->name(),
+                                          database_->user(), "", other_log, reconnect_pause);
+}
+
+std::string StoreTest::temporaryFile(const std::string& stem) {
+  static int counter = 0;
+  const auto path = std::filesystem::temp_directory_path() /
+                    ("vek-" + stem + "-" + std::to_string(getpid()) + "-" +
+                     std::to_string(counter++) + ".log");
+  std::remove(path.c_str());
+  temporary_files_.push_back(path.string());
+  return path.string();
+}
+
+} // namespace vek_test
