@@ -147,4 +147,31 @@ TEST_F(Schema, SequencesGiveTheIdsOfInsertedRows) {
   EXPECT_NO_THROW(store().writeData(""));
 }
 
+TEST_F(Schema, MotorNameplateHoldsWhatWasTypedIn) {
+  // The nameplate is converted by the reader, which reports a field it cannot read; the table
+  // must accept such a field in the first place.
+  exec("INSERT INTO motor (id, power, speed, i, u, p2, class_vibro) VALUES "
+       "(1, '55', 'abc', '', NULL, '3', '2')");
+  EXPECT_EQ(store().getValueString("SELECT SPEED FROM MOTOR WHERE ID=1"), "abc");
+}
+
+TEST_F(Schema, RecalculationTimesCompareWithReceiptDates) {
+  exec("INSERT INTO param_info (id, source, type_param, receipt_date) VALUES "
+       "(1, 42, 3, '2023-07-04 09:05:01.25'), (2, 42, 3, '2023-07-04 09:06:00')");
+  exec("INSERT INTO recalculation (id, source, time_start, time_stop, state, control) VALUES "
+       "(1, 42, '2023-07-04 09:00:00', '2023-07-04 10:00:00', 1, 1)");
+  // A paused job resumes after the date it reached, read back as text and compared again.
+  store().writeData("UPDATE RECALCULATION SET STATE = 1, TIME_CALCULATION='2023-07-04 "
+                    "09:05:01.25' WHERE ID = 1");
+  const std::string reached =
+      store().getValueString("SELECT time_calculation FROM recalculation WHERE id = 1");
+  EXPECT_EQ(reached, "2023-07-04 09:05:01.25");
+  EXPECT_EQ(store().getValueInt("SELECT COUNT(*) FROM PARAM_INFO WHERE RECEIPT_DATE>'" + reached +
+                                "' AND RECEIPT_DATE<'2023-07-04 10:00:00'"),
+            1);
+  EXPECT_EQ(store().getValueInt("SELECT id FROM recalculation WHERE state=1 AND control=1 "
+                                "ORDER BY created_at ASC LIMIT 1"),
+            1);
+}
+
 } // namespace
