@@ -10,7 +10,18 @@
 
 namespace {
 
-using vek_test::StoreTest;
+// A store test that looks only at what the operations log, after the connection's own line.
+class StoreTest : public vek_test::StoreTest {
+protected:
+  void SetUp() override {
+    vek_test::StoreTest::SetUp();
+    connect_log_size = vek_test::StoreTest::logText().size();
+  }
+  std::string logText() const { return vek_test::StoreTest::logText().substr(connect_log_size); }
+
+private:
+  size_t connect_log_size = 0;
+};
 
 class WorkPostgreSQLReadMeasurements : public StoreTest {};
 
