@@ -44,12 +44,12 @@ struct module_param {
 
 // One row of fu_raw, a piece of a measurement, with what was decoded from it.
 struct raw {
-  int param_type_id = 0;    // how data is laid out
-  int c_type = 0;           // width and encoding of one value
-  std::string sub_channel;  // a channel letter or name
-  std::string data;         // two prefix characters, then hex digits, least significant byte
-                            // first; for param_type_id 15 decoding puts the parameter's name here
-  std::string settings;     // JSON text
+  int param_type_id = 0;   // how data is laid out
+  int c_type = 0;          // width and encoding of one value
+  std::string sub_channel; // a channel letter or name
+  std::string data;        // two prefix characters, then hex digits, least significant byte
+                           // first; for param_type_id 15 decoding puts the parameter's name here
+  std::string settings;    // JSON text
   std::map<std::string, double> settings_values; // settings parsed
   std::vector<double> values;                    // plain values decoded from data
   std::map<std::string, double> timed_values;    // timestamp text to value, decoded from data
@@ -81,25 +81,25 @@ struct control_point {
 // point, with its thresholds and latest values. The boolean columns are held as 0 or 1.
 struct visualization {
   int id = 0;
-  long source = 0;          // the module, from the query's argument, not from a column
-  int type_param = 0;       // 1, 2 and 3 are the classes the loop asks for; 2 is telemetry
+  long source = 0;    // the module, from the query's argument, not from a column
+  int type_param = 0; // 1, 2 and 3 are the classes the loop asks for; 2 is telemetry
   int channel_id = 0;
   int control_point_id = 0;
-  std::string name_param;   // the parameter's name, such as TEMP or SPEED
+  std::string name_param; // the parameter's name, such as TEMP or SPEED
   float green = 0.0f;
   float yellow = 0.0f;
   float orange = 0.0f;
   float kz = 0.0f;
-  int active = 0;           // NULL gives 0
-  int middle = 0;           // a median is wanted
-  int trend = 0;            // a trend is wanted
+  int active = 0; // NULL gives 0
+  int middle = 0; // a median is wanted
+  int trend = 0;  // a trend is wanted
   double latest_middle_value = 0.0;
   double latest_raw_value = 0.0;
-  std::string value_at;     // time of the latest value
-  int rul_active = 0;       // NULL leaves the default
-  int type_corridor = 1;    // op.TYPE_CORRIDOR
+  std::string value_at;  // time of the latest value
+  int rul_active = 0;    // NULL leaves the default
+  int type_corridor = 1; // op.TYPE_CORRIDOR
   int corridor_zero = 0;
-  int corridor_active = 0;  // NULL gives 0
+  int corridor_active = 0;      // NULL gives 0
   std::string message_settings; // JSON text
   std::string rul_data;
 };
@@ -108,7 +108,7 @@ struct visualization {
 struct result_param {
   std::string name;
   float value = std::numeric_limits<float>::quiet_NaN();
-  float middle = std::numeric_limits<float>::quiet_NaN();   // running median
+  float middle = std::numeric_limits<float>::quiet_NaN(); // running median
   float trend = std::numeric_limits<float>::quiet_NaN();
   float monotone = std::numeric_limits<float>::quiet_NaN();
   int visualization_id = 0; // the visualization the value belongs to
@@ -118,15 +118,15 @@ struct result_param {
 // What a computation yields for one channel and control point at one time.
 struct calc_result {
   int param_info_id = 0;
-  std::string receipt_date;  // the form "yyyy-mm-dd hh24:mi:ss.ff6" understands
+  std::string receipt_date; // the form "yyyy-mm-dd hh24:mi:ss.ff6" understands
   long source = 0;
   int channel_id = 0;
-  int control_point_id = 0;  // or 0
-  int status_calc = 0;       // 0 or 2 good, 1 or 3 failed; 2 and 3 when param_info.kind is 1
-  int status_vector = 0;     // bit set; 0x20000000 is a sensor value out of range
-  std::map<std::string, float> params; // name to value, NaN where there is no value
+  int control_point_id = 0; // or 0
+  int status_calc = 0;      // 0 or 2 good, 1 or 3 failed; 2 and 3 when param_info.kind is 1
+  int status_vector = 0;    // bit set; 0x20000000 is a sensor value out of range
+  std::map<std::string, float> params;     // name to value, NaN where there is no value
   std::vector<result_param> result_params; // params as written
-  bool has_raw_data = true;  // false for telemetry modules, whose rows carry no signal
+  bool has_raw_data = true; // false for telemetry modules, whose rows carry no signal
 };
 
 // One row of gateway joined to observed_node and organization_object.

@@ -47,8 +47,7 @@ public:
                          int& class_vibro) = 0;
   // Reads BEARING row id; swallows every failure with a log line, keeping what was read.
   virtual void readBearing(int id, double& ball_diameter, int& count_balls, int& type_bearing,
-                           double& inner_diameter, double& external_diameter,
-                           double& angle) = 0;
+                           double& inner_diameter, double& external_diameter, double& angle) = 0;
   // Reads the module of source and its machine and organization; swallows failures.
   virtual void readModule(long source, unsigned int& config, int& type_module, int& gateway_id,
                           int& revision, int& broadcasting_period, bool& multichannel,
@@ -82,9 +81,8 @@ public:
                               std::vector<double>& values) = 0;
   // RESULT_BASE rows of clause whose column is not NULL; values is cleared first.
   virtual void getArrayResultId(std::string clause, std::string column,
-                                std::vector<int>& param_info_ids,
-                                std::vector<std::string>& dates, std::vector<long>& ids,
-                                std::vector<double>& values) = 0;
+                                std::vector<int>& param_info_ids, std::vector<std::string>& dates,
+                                std::vector<long>& ids, std::vector<double>& values) = 0;
   // RESULT_BASE PARAM_INFO_ID and VALUE of clause; values is cleared first.
   virtual void getArrayResultFRM(std::string clause, std::vector<int>& param_info_ids,
                                  std::vector<double>& values) = 0;
@@ -113,8 +111,8 @@ public:
                                 int channel_id, int control_point_id, bool diagnostic_mode,
                                 int visualization_id) = 0;
   // notificationSave for the system's own codes, dropped when the code is switched off.
-  virtual void notificationSystemSave(std::string code, long source, std::string date,
-                                      int status, int gateway_id, std::string additional_info,
+  virtual void notificationSystemSave(std::string code, long source, std::string date, int status,
+                                      int gateway_id, std::string additional_info,
                                       int type_message_id, std::string organization_alias,
                                       int channel_id, int control_point_id) = 0;
   // Runs sql and commits; whatever it returns is ignored.
@@ -129,8 +127,7 @@ public:
   virtual void writeResult(std::string organization_alias, calc_result result) = 0;
   // Writes the parameters of result into RESULT_BASE, updating first when check is set;
   // a duplicate becomes message "27".
-  virtual void writeResultBase(std::string organization_alias, calc_result result,
-                               bool check) = 0;
+  virtual void writeResultBase(std::string organization_alias, calc_result result, bool check) = 0;
   // Records in MATH_HISTORY that the measurement of result was calculated.
   virtual void writeResultMathHistory(std::string organization_alias, calc_result result) = 0;
   // Updates or inserts the STATUS_ELEMENT row of a measurement, channel and control point.
@@ -142,8 +139,7 @@ public:
   virtual void writeStatusControlPoint(float status, float status_max, int id,
                                        std::string date) = 0;
   // Sets STATUS, STATUS_MAX and STATUS_AT of machine id.
-  virtual void writeStatusAggregate(float status, float status_max, int id,
-                                    std::string date) = 0;
+  virtual void writeStatusAggregate(float status, float status_max, int id, std::string date) = 0;
   // Puts the newest values of each parameter of result into its VISUALIZATION row.
   virtual void writeLatestData(calc_result result) = 0;
   // Sets AGGREGATE.MODE of machine id.
@@ -159,8 +155,7 @@ public:
   // Registers instance id with its address and lag.
   virtual void writeCalculation(int id, std::string ip, int lag) = 0;
   // Reports the progress of instance id.
-  virtual void updateCalculation(int id, int lag, int last_calculated,
-                                 std::string sync_time) = 0;
+  virtual void updateCalculation(int id, int lag, int last_calculated, std::string sync_time) = 0;
   // Replaces the address of instance id.
   virtual void updateCalculation(int id, std::string ip) = 0;
   // Sets CONNECTION_STATUS of row id of table ("MODULE" or "GATEWAY").

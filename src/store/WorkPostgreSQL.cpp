@@ -16,7 +16,9 @@ WorkPostgreSQL::WorkPostgreSQL(std::string host_, std::string name_, std::string
   openConnect();
 }
 
-WorkPostgreSQL::~WorkPostgreSQL() { closeConnect(); }
+WorkPostgreSQL::~WorkPostgreSQL() {
+  closeConnect();
+}
 
 void WorkPostgreSQL::closeConnect() {
   if (connection) {
@@ -58,9 +60,15 @@ pqxx::result WorkPostgreSQL::execute(const std::string& sql) {
   return rows;
 }
 
-std::string WorkPostgreSQL::numberText(int value) { return pqxx::to_string(value); }
-std::string WorkPostgreSQL::numberText(long value) { return pqxx::to_string(value); }
-std::string WorkPostgreSQL::numberText(unsigned int value) { return pqxx::to_string(value); }
+std::string WorkPostgreSQL::numberText(int value) {
+  return pqxx::to_string(value);
+}
+std::string WorkPostgreSQL::numberText(long value) {
+  return pqxx::to_string(value);
+}
+std::string WorkPostgreSQL::numberText(unsigned int value) {
+  return pqxx::to_string(value);
+}
 
 namespace {
 template <typename T> std::string finiteText(T value) {
@@ -77,12 +85,20 @@ template <typename T> std::string finiteText(T value) {
 }
 } // namespace
 
-std::string WorkPostgreSQL::floatText(float value) { return finiteText(value); }
-std::string WorkPostgreSQL::floatText(double value) { return finiteText(value); }
+std::string WorkPostgreSQL::floatText(float value) {
+  return finiteText(value);
+}
+std::string WorkPostgreSQL::floatText(double value) {
+  return finiteText(value);
+}
 
-std::string WorkPostgreSQL::boolText(bool value) { return value ? "true" : "false"; }
+std::string WorkPostgreSQL::boolText(bool value) {
+  return value ? "true" : "false";
+}
 
-std::string WorkPostgreSQL::optionalId(long id) { return id == 0 ? "NULL" : numberText(id); }
+std::string WorkPostgreSQL::optionalId(long id) {
+  return id == 0 ? "NULL" : numberText(id);
+}
 
 std::string WorkPostgreSQL::optionalIdCondition(long id) {
   return id == 0 ? "IS NULL" : "= " + numberText(id);
@@ -114,8 +130,7 @@ namespace {
 // Feeding appends to what an earlier extraction left unread; a NULL feeds nothing, and the
 // extraction of nothing leaves the target untouched. The server prints numbers with a point
 // whatever the locale of the process, so the stream reads them in the classic locale.
-template <typename T>
-void extract(std::stringstream& stream, const pqxx::field& field, T& target) {
+template <typename T> void extract(std::stringstream& stream, const pqxx::field& field, T& target) {
   if (stream.getloc() != std::locale::classic()) {
     stream.imbue(std::locale::classic());
   }
@@ -125,20 +140,17 @@ void extract(std::stringstream& stream, const pqxx::field& field, T& target) {
 }
 } // namespace
 
-void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
-                               int& target) {
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field, int& target) {
   extract(stream, field, target);
 }
-void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
-                               long& target) {
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field, long& target) {
   extract(stream, field, target);
 }
 void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
                                unsigned int& target) {
   extract(stream, field, target);
 }
-void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
-                               float& target) {
+void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field, float& target) {
   extract(stream, field, target);
 }
 void WorkPostgreSQL::readField(std::stringstream& stream, const pqxx::field& field,
@@ -209,13 +221,16 @@ void WorkPostgreSQL::readDataTable(std::string sql, std::vector<std::vector<doub
   }
 }
 
-void WorkPostgreSQL::writeData(std::string sql) { execute(sql); }
+void WorkPostgreSQL::writeData(std::string sql) {
+  execute(sql);
+}
 
 void WorkPostgreSQL::readParamInfo(int id, param_info& info) {
   log->print(false, true, "reading data: ID = " + numberText(id) + "\n");
-  const pqxx::result rows = execute("SELECT SOURCE, TYPE_MOD, TYPE_PARAM, RECEIPT_DATE, TU_ERROR, "
-                                    "PARAM_SETTINGS, MODULE_CONFIG, KIND FROM PARAM_INFO WHERE ID=" +
-                                    numberText(id));
+  const pqxx::result rows =
+      execute("SELECT SOURCE, TYPE_MOD, TYPE_PARAM, RECEIPT_DATE, TU_ERROR, "
+              "PARAM_SETTINGS, MODULE_CONFIG, KIND FROM PARAM_INFO WHERE ID=" +
+              numberText(id));
   std::stringstream stream;
   for (const auto& row : rows) {
     readField(stream, row[0], info.source);

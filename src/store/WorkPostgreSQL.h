@@ -67,8 +67,7 @@ public:
   void getModulesGateway(int gateway_id, std::vector<module_data>& modules) override;
   void readChannel(long source, std::vector<channel>& channels) override;
   void readControlPoint(int aggregate_id, std::map<int, float>& coefficients) override;
-  void readModuleParam(int type_module, int revision,
-                       std::vector<module_param>& params) override;
+  void readModuleParam(int type_module, int revision, std::vector<module_param>& params) override;
   void readAggregate(int control_point_id, int& id, int& node_id, int& type_aggregate_id,
                      int& type_equipment_id, int& status_type, int& rul_days,
                      std::string& trend_start, std::string& name,
@@ -77,9 +76,9 @@ public:
   void readStatusElement(int control_point_id, float& status) override;
   void getArrayResult(std::string clause, std::string column, std::vector<std::string>& dates,
                       std::vector<long>& ids, std::vector<double>& values) override;
-  void getArrayResultId(std::string clause, std::string column,
-                        std::vector<int>& param_info_ids, std::vector<std::string>& dates,
-                        std::vector<long>& ids, std::vector<double>& values) override;
+  void getArrayResultId(std::string clause, std::string column, std::vector<int>& param_info_ids,
+                        std::vector<std::string>& dates, std::vector<long>& ids,
+                        std::vector<double>& values) override;
   void getArrayResultFRM(std::string clause, std::vector<int>& param_info_ids,
                          std::vector<double>& values) override;
   void readVisualization(long source, std::vector<visualization>& list) override;
@@ -91,14 +90,12 @@ public:
                          std::string& time_calculation) override;
   void getStateRecalculation(int id, int& state, int& control) override;
   void setNotificationStatus(std::string code, long source, std::string date, int status,
-                             int gateway_id, int type_message_id,
-                             std::string organization_alias, int channel_id,
-                             int control_point_id) override;
-  void notificationSave(std::string code, long source, std::string date, int status,
-                        int gateway_id, std::string additional_info, int type_message_id,
+                             int gateway_id, int type_message_id, std::string organization_alias,
+                             int channel_id, int control_point_id) override;
+  void notificationSave(std::string code, long source, std::string date, int status, int gateway_id,
+                        std::string additional_info, int type_message_id,
                         std::string organization_alias, int recommendation_id, int channel_id,
-                        int control_point_id, bool diagnostic_mode,
-                        int visualization_id) override;
+                        int control_point_id, bool diagnostic_mode, int visualization_id) override;
   void notificationSystemSave(std::string code, long source, std::string date, int status,
                               int gateway_id, std::string additional_info, int type_message_id,
                               std::string organization_alias, int channel_id,
@@ -113,8 +110,7 @@ public:
   void writeStatusStatusElement(long source, float status, int param_info_id, int channel_id,
                                 int control_point_id) override;
   void writeStatusStatusAggregate(float status, int aggregate_id, std::string date) override;
-  void writeStatusControlPoint(float status, float status_max, int id,
-                               std::string date) override;
+  void writeStatusControlPoint(float status, float status_max, int id, std::string date) override;
   void writeStatusAggregate(float status, float status_max, int id, std::string date) override;
   void writeLatestData(calc_result result) override;
   void writeAggregateMode(int id, int mode) override;
@@ -183,8 +179,7 @@ private:
   // fresh stream where rows must not affect each other.
   static void readField(std::stringstream& stream, const pqxx::field& field, int& target);
   static void readField(std::stringstream& stream, const pqxx::field& field, long& target);
-  static void readField(std::stringstream& stream, const pqxx::field& field,
-                        unsigned int& target);
+  static void readField(std::stringstream& stream, const pqxx::field& field, unsigned int& target);
   static void readField(std::stringstream& stream, const pqxx::field& field, float& target);
   static void readField(std::stringstream& stream, const pqxx::field& field, double& target);
   // The text rule: the field's text, the empty text for NULL.

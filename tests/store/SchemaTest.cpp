@@ -124,7 +124,8 @@ TEST_F(Schema, HardwareStatusStartsEmptyAndTakesEveryBit) {
 TEST_F(Schema, ForecastCurveIsStoredAsBytesAndReadBackAsHex) {
   exec("INSERT INTO visualization (id, source, name_param) VALUES (50, 42, 'RMS_X')");
   // One record: 86401 seconds as 8 bytes, 1.0f as 4 bytes, both little-endian.
-  const std::string record = "8151010000000000" "0000803f";
+  const std::string record = "8151010000000000"
+                             "0000803f";
   store().writeData("UPDATE visualization SET rul_data = E'\\\\x" + record + "' WHERE id = 50");
   EXPECT_EQ(store().getValueString("SELECT rul_data FROM visualization WHERE id = 50"),
             "\\x" + record);

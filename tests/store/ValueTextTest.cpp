@@ -19,8 +19,8 @@ using vek_test::StoreTest;
 class ValueText : public StoreTest {};
 
 TEST_F(ValueText, FloatsSurviveTheRoundTripThroughRealAndDoubleColumns) {
-  const std::vector<float> floats{0.1f, -123.456f, 1e-7f, 3.4028235e38f, 1e6f, 1000000.1f,
-                                  7.0f, -0.0f, 1.17549435e-38f, 0.3333333f};
+  const std::vector<float> floats{0.1f,       -123.456f, 1e-7f, 3.4028235e38f,   1e6f,
+                                  1000000.1f, 7.0f,      -0.0f, 1.17549435e-38f, 0.3333333f};
   for (const float value : floats) {
     SCOPED_TRACE(Probe::floatText(value));
     store().writeData("TRUNCATE result_temp");
@@ -123,9 +123,9 @@ TEST_F(ValueText, QuotedTextsRoundTripWhateverQuotesTheyHold) {
   // Without a quote the statement is the same as with plain quoting.
   EXPECT_EQ(Probe::quoted("plant-1 +3:00"), "'plant-1 +3:00'");
 
-  const std::vector<std::string> aliases{"O'Brien pumps", "'", "''", "a''b'", "",
-                                         "x'); DROP TABLE module; --", "back\\slash'",
-                                         "цех №3 'Юг'"};
+  const std::vector<std::string> aliases{
+      "O'Brien pumps", "'",          "''", "a''b'", "", "x'); DROP TABLE module; --",
+      "back\\slash'",  "цех №3 'Юг'"};
   for (const std::string& alias : aliases) {
     SCOPED_TRACE(alias);
     exec("DELETE FROM organization_object");

@@ -203,8 +203,8 @@ TEST_F(WorkPostgreSQLConnection, ServerDownAtStartMakesTheConstructorWait) {
     }
   });
   const auto start = std::chrono::steady_clock::now();
-  auto late = std::make_unique<WorkPostgreSQL>(down_host, database().name(), database().user(),
-                                               "", &down_log, std::chrono::milliseconds(100));
+  auto late = std::make_unique<WorkPostgreSQL>(down_host, database().name(), database().user(), "",
+                                               &down_log, std::chrono::milliseconds(100));
   const auto waited = std::chrono::steady_clock::now() - start;
   server.join();
 

@@ -24,7 +24,9 @@ void StoreTest::SetUpTestSuite() {
   }
 }
 
-void StoreTest::TearDownTestSuite() { database_.reset(); }
+void StoreTest::TearDownTestSuite() {
+  database_.reset();
+}
 
 void StoreTest::SetUp() {
   ASSERT_TRUE(database_) << "no test database: " << setup_error_;
@@ -44,7 +46,9 @@ void StoreTest::TearDown() {
   temporary_files_.clear();
 }
 
-std::string StoreTest::logText() const { return fileText(log_path_); }
+std::string StoreTest::logText() const {
+  return fileText(log_path_);
+}
 
 std::string StoreTest::fileText(const std::string& path) {
   std::ifstream in(path);
@@ -78,15 +82,15 @@ std::string StoreTest::scalar(const std::string& statement) {
 
 std::unique_ptr<WorkPostgreSQL>
 StoreTest::makeStore(PrintLog* other_log, std::chrono::milliseconds reconnect_pause) const {
-  return std::make_unique<WorkPostgreSQL>(database_->host(), database_->name(),
-                                          database_->user(), "", other_log, reconnect_pause);
+  return std::make_unique<WorkPostgreSQL>(database_->host(), database_->name(), database_->user(),
+                                          "", other_log, reconnect_pause);
 }
 
 std::string StoreTest::temporaryFile(const std::string& stem) {
   static int counter = 0;
-  const auto path = std::filesystem::temp_directory_path() /
-                    ("vek-" + stem + "-" + std::to_string(getpid()) + "-" +
-                     std::to_string(counter++) + ".log");
+  const auto path =
+      std::filesystem::temp_directory_path() /
+      ("vek-" + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".log");
   std::remove(path.c_str());
   temporary_files_.push_back(path.string());
   return path.string();

@@ -48,8 +48,7 @@ std::string uniqueName(const std::string& label) {
 } // namespace
 
 ThrowawayDatabase::ThrowawayDatabase(const std::string& label)
-    : host_(environment("VEK_PGHOST")), user_(environment("VEK_PGUSER")),
-      name_(uniqueName(label)) {
+    : host_(environment("VEK_PGHOST")), user_(environment("VEK_PGUSER")), name_(uniqueName(label)) {
   if (host_.empty()) {
     throw std::runtime_error("VEK_PGHOST is not set: database tests must run under "
                              "scripts/with-postgres (e.g. scripts/with-postgres ctest ...)");
