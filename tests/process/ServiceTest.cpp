@@ -262,6 +262,46 @@ TEST(Service, RejectedStatementSkipsTheRowAtOnce) {
   EXPECT_EQ(error_log.find("id= 3"), std::string::npos);
 }
 
+TEST(Service, FaultBeforeTheRowSkipsItsIdAfterASecond) {
+  ScratchDatabase db("vek_process_exception");
+  db.exec(insertRows({1, 2, 3, 4}));
+  // The very first statement on the ids, the loop's look for the newest row, is rejected
+  // once. Outside the row's own guard that counts as a general fault: row 1 is skipped
+  // untouched.
+  db.exec(R"(
+    CREATE SEQUENCE first_read;
+    CREATE FUNCTION rejected_once(row_id integer) RETURNS integer LANGUAGE plpgsql STABLE AS $$
+    BEGIN
+      IF nextval('first_read') = 1 THEN
+        RAISE EXCEPTION 'ids unreadable for a moment';
+      END IF;
+      RETURN row_id;
+    END $$;
+    ALTER TABLE param_info RENAME TO param_info_rows;
+    CREATE VIEW param_info AS
+      SELECT rejected_once(id) AS id, source, type_mod, type_param, receipt_date, tu_error,
+             param_settings, module_config, kind
+      FROM param_info_rows;
+  )");
+
+  ServiceRun run(withArguments(connectionArguments(db), {"-s", "1", "-stop", "3", "-p"}));
+  int status = -1;
+  ASSERT_TRUE(run.waitForExit(kQuickRunSec, status)) << run.standardOutput();
+  EXPECT_EQ(status, 0);
+  const std::string output = run.standardOutput();
+  EXPECT_EQ(walkedIds(output), (std::vector<int>{2}));
+  EXPECT_NE(output.find("stop id: 3\nerror: exception, pause: 1c\nskip current id\n"
+                        "id_current: 2\n"),
+            std::string::npos)
+      << output;
+  const std::string error_log = run.fileContent(findLog(run, "_error.log"));
+  EXPECT_TRUE(std::regex_match(
+      error_log, std::regex(std::string(kTimeText) +
+                            " : id= 1  error: exception\nERROR:  ids unreadable for a moment\n"
+                            "[^]*\nskip current id\n")))
+      << error_log;
+}
+
 TEST(Service, LostConnectionWaitsReconnectsAndRepeatsTheRow) {
   ScratchDatabase db("vek_process_lost");
   db.exec(insertRows({1, 2, 3, 4}));
