@@ -15,18 +15,26 @@ namespace {
 // large phases of long signals (2 pi f k dt reaches 1e4 radians) lose nothing to the
 // rounding of the product f * k * dt.
 //
-// Eight frequencies advance side by side as four pairs held in SSE2-sized vectors (GCC
-// vector extension; every x86-64 and ARM64 target has such registers). Their recurrences
-// are independent chains: the loop is bound by the latency of one complex product per
-// step, and eight chains hide it, without reassociating any sum: each lane sums its own
-// terms in the order k = 0..n-1, as the direct form does.
+// Eight frequencies advance side by side as two groups of four lanes (GCC vector extension:
+// two SSE2 registers per group, or one AVX register). Their recurrences are independent
+// chains that keep the floating-point units busy, and no sum is reassociated: each lane
+// sums its own terms in the order k = 0..n-1, as the direct form does.
 constexpr int kSegment = 128;
 constexpr int kAnchorEvery = 16 * kSegment;
-constexpr int kPairs = 2;
-constexpr int kLanes = 4 * kPairs;
+constexpr int kQuads = 2;
+constexpr int kLanes = 4 * kQuads;
 constexpr long double kTwoPi = 6.283185307179586476925286766559L;
 
-typedef double Pair __attribute__((vector_size(32)));
+typedef double Quad __attribute__((vector_size(32)));
+
+// On x86-64 the kernel is also built for AVX and chosen at load time where the processor
+// has it; plain multiplies and adds only (no fused multiply-add), so both builds give the
+// same bits.
+#if defined(__x86_64__) && defined(__GNUC__)
+#define VEK_SCAN_CLONES __attribute__((target_clones("avx", "default")))
+#else
+#define VEK_SCAN_CLONES
+#endif
 
 // exp(-j 2 pi * cycles) for cycles = f * dt * k formed in extended precision.
 void unitPhasor(double f, double dt, long double k, double* re, double* im) {
@@ -37,68 +45,68 @@ void unitPhasor(double f, double dt, long double k, double* re, double* im) {
   *im = std::sin(angle);
 }
 
-// Phasors of the lanes at phase index k, as pairs.
-void lanePhasors(const double* f, int lanes, double dt, long double k, Pair* re, Pair* im) {
+// Phasors of the lanes at phase index k, as groups of four.
+void lanePhasors(const double* f, int lanes, double dt, long double k, Quad* re, Quad* im) {
   double r[kLanes];
   double i[kLanes];
   for (int l = 0; l < kLanes; ++l) {
     // Idle lanes run on a copy of the first frequency; their sums are discarded.
     unitPhasor(f[l < lanes ? l : 0], dt, k, &r[l], &i[l]);
   }
-  for (int h = 0; h < kPairs; ++h) {
-    re[h] = Pair{r[4 * h], r[4 * h + 1], r[4 * h + 2], r[4 * h + 3]};
-    im[h] = Pair{i[4 * h], i[4 * h + 1], i[4 * h + 2], i[4 * h + 3]};
+  for (int h = 0; h < kQuads; ++h) {
+    re[h] = Quad{r[4 * h], r[4 * h + 1], r[4 * h + 2], r[4 * h + 3]};
+    im[h] = Quad{i[4 * h], i[4 * h + 1], i[4 * h + 2], i[4 * h + 3]};
   }
 }
 
 template <bool IsComplex>
-__attribute__((target_clones("avx", "default"))) void scanLanes(const double* y, int n, double dt, int first_phase, const double* f, int lanes,
+VEK_SCAN_CLONES void scanLanes(const double* y, int n, double dt, int first_phase, const double* f, int lanes,
                creal_T* out) {
-  Pair w_re[kPairs];
-  Pair w_im[kPairs];
+  Quad w_re[kQuads];
+  Quad w_im[kQuads];
   lanePhasors(f, lanes, dt, 1.0L, w_re, w_im);
-  Pair s_re[kPairs];
-  Pair s_im[kPairs];
-  for (int h = 0; h < kPairs; ++h) {
-    s_re[h] = Pair{0.0, 0.0, 0.0, 0.0};
-    s_im[h] = Pair{0.0, 0.0, 0.0, 0.0};
+  Quad s_re[kQuads];
+  Quad s_im[kQuads];
+  for (int h = 0; h < kQuads; ++h) {
+    s_re[h] = Quad{0.0, 0.0, 0.0, 0.0};
+    s_im[h] = Quad{0.0, 0.0, 0.0, 0.0};
   }
   // Segment anchors come from the exact phase every kAnchorEvery samples and, in between,
   // from the previous anchor times the exact advance over one segment: sine and cosine
   // then cost little per term, and the error still restarts at every exact anchor.
-  Pair a_re[kPairs];
-  Pair a_im[kPairs];
-  Pair g_re[kPairs];
-  Pair g_im[kPairs];
+  Quad a_re[kQuads];
+  Quad a_im[kQuads];
+  Quad g_re[kQuads];
+  Quad g_im[kQuads];
   lanePhasors(f, lanes, dt, static_cast<long double>(kSegment), g_re, g_im);
   for (int start = 0; start < n; start += kSegment) {
     const int stop = start + kSegment < n ? start + kSegment : n;
     if (start % kAnchorEvery == 0) {
       lanePhasors(f, lanes, dt, static_cast<long double>(start) + first_phase, a_re, a_im);
     }
-    Pair p_re[kPairs];
-    Pair p_im[kPairs];
-    for (int h = 0; h < kPairs; ++h) {
+    Quad p_re[kQuads];
+    Quad p_im[kQuads];
+    for (int h = 0; h < kQuads; ++h) {
       p_re[h] = a_re[h];
       p_im[h] = a_im[h];
-      const Pair next_re = a_re[h] * g_re[h] - a_im[h] * g_im[h];
+      const Quad next_re = a_re[h] * g_re[h] - a_im[h] * g_im[h];
       a_im[h] = a_re[h] * g_im[h] + a_im[h] * g_re[h];
       a_re[h] = next_re;
     }
     for (int k = start; k < stop; ++k) {
       const double yr_value = IsComplex ? y[2 * k] : y[k];
-      const Pair yr = Pair{yr_value, yr_value, yr_value, yr_value};
-      for (int h = 0; h < kPairs; ++h) {
+      const Quad yr = Quad{yr_value, yr_value, yr_value, yr_value};
+      for (int h = 0; h < kQuads; ++h) {
         if (IsComplex) {
           const double yi_value = y[2 * k + 1];
-          const Pair yi = Pair{yi_value, yi_value, yi_value, yi_value};
+          const Quad yi = Quad{yi_value, yi_value, yi_value, yi_value};
           s_re[h] += yr * p_re[h] - yi * p_im[h];
           s_im[h] += yr * p_im[h] + yi * p_re[h];
         } else {
           s_re[h] += yr * p_re[h];
           s_im[h] += yr * p_im[h];
         }
-        const Pair next_re = p_re[h] * w_re[h] - p_im[h] * w_im[h];
+        const Quad next_re = p_re[h] * w_re[h] - p_im[h] * w_im[h];
         p_im[h] = p_re[h] * w_im[h] + p_im[h] * w_re[h];
         p_re[h] = next_re;
       }
