@@ -157,6 +157,22 @@ TEST_F(WorkPostgreSQLReadEquipment, ModuleWithActiveBindingGivesMachineOffsetAnd
   EXPECT_EQ(utc_value, "+3:00");
   EXPECT_EQ(alias, "plant");
   EXPECT_EQ(id, 7);
+
+  // An organization without an offset: the module is still placed, with no offset.
+  exec("INSERT INTO organization_object (alias_name, utc_value) VALUES ('yard', NULL);"
+       "INSERT INTO observed_node (id, organization_alias) VALUES (5, 'yard');"
+       "INSERT INTO aggregate (id, node_id) VALUES (31, 5);"
+       "INSERT INTO control_point (id, aggregate_id) VALUES (21, 31);"
+       "INSERT INTO channel (id, source) VALUES (11, 43);"
+       "INSERT INTO channel_contol_point (channel_id, control_point_id, active) "
+       "VALUES (11, 21, true);"
+       "INSERT INTO module (id, source, config) VALUES (8, 43, '0x')");
+  store().readModule(43, config, type_module, gateway_id, revision, period, multichannel,
+                     aggregate_id, utc_value, alias, id);
+  EXPECT_EQ(aggregate_id, 31);
+  EXPECT_EQ(utc_value, "");
+  EXPECT_EQ(alias, "yard");
+  EXPECT_EQ(config, 0u) << "a bare prefix is read as it stands, as 0";
   EXPECT_EQ(logText(), "");
 }
 
