@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <ctime>
 #include <regex>
 #include <stdexcept>
@@ -73,6 +74,24 @@ TEST(TimeNow, EmptyOffsetIsLocalTimeAndZeroOffsetIsUtc) {
     return;
   }
   FAIL() << "clock did not stand still for three attempts";
+}
+
+TEST(TimeNow, EmptyOffsetFollowsTheHostZone) {
+  // A host seven hours east of UTC, set by a POSIX zone rule that needs no zone database.
+  const char* saved = std::getenv("TZ");
+  const std::string saved_zone = saved != nullptr ? saved : "";
+  setenv("TZ", "XYZ-7", 1);
+  tzset();
+  const long local_minus_utc = secondsBetween(time_now(2, ""), time_now(2, "+0:00"));
+  const long utc_plain_minus_utc = secondsBetween(time_now(2), time_now(2, "+0:00"));
+  if (saved != nullptr) {
+    setenv("TZ", saved_zone.c_str(), 1);
+  } else {
+    unsetenv("TZ");
+  }
+  tzset();
+  EXPECT_NEAR(local_minus_utc, 7 * 3600, kClockTickSec);
+  EXPECT_NEAR(utc_plain_minus_utc, 0, kClockTickSec);
 }
 
 TEST(TimeNow, OffsetShiftsUtcAndMinutesFollowTheSignOfTheHours) {

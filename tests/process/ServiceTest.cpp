@@ -236,6 +236,20 @@ TEST(Service, SignalsEndWithTheirLineInTheErrorLogAndStatusZero) {
   }
 }
 
+TEST(Service, FaultBeforeTheLoopEndsThroughTheAbortLineWithStatusZero) {
+  ScratchDatabase db("vek_process_start_fault");
+  // Without MATH_HISTORY the start position cannot be read; nothing catches that before the
+  // loop, so the runtime aborts and the handler leaves its line.
+  db.exec("DROP TABLE math_history;");
+  ServiceRun run(withArguments(connectionArguments(db), {"-id", "5"}));
+  int status = -1;
+  ASSERT_TRUE(run.waitForExit(kQuickRunSec, status)) << run.standardOutput();
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(walkedIds(run.standardOutput()), std::vector<int>{});
+  EXPECT_EQ(run.fileContent(findLog(run, "_error.log")),
+            "| signal: 6 : SIGABRT: завершение программы\n");
+}
+
 TEST(Service, RejectedStatementSkipsTheRowAtOnce) {
   ScratchDatabase db("vek_process_sql_error");
   db.exec(insertRows({1, 2, 3, 4, 5}));
