@@ -48,11 +48,15 @@ const char* signalText(int signal_number) {
 std::string findRunIp() {
   std::string ip;
   const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
-  char buffer[kInterfaceBufferBytes];
+  char buffer[kInterfaceBufferBytes] = {};
   ifconf config{};
   config.ifc_len = sizeof(buffer);
   config.ifc_buf = buffer;
-  ioctl(descriptor, SIOCGIFCONF, &config);
+  if (ioctl(descriptor, SIOCGIFCONF, &config) != 0) {
+    // No list (no socket, no permission): as with no interface, the address stays empty
+    // rather than being read from a buffer the kernel never filled.
+    config.ifc_len = 0;
+  }
   const int count = config.ifc_len / static_cast<int>(sizeof(ifreq));
   for (int i = 0; i < count; ++i) {
     // Every interface is taken, loopback too: installations identify an instance by the
