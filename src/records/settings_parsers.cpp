@@ -29,7 +29,9 @@ std::string narrow(const std::wstring& text) {
 
 // A number that the truncation toward zero cannot hold (infinity from an overlong
 // exponent) carries no usable id or setting.
-bool truncatesToInt(double value) { return value > -2147483649.0 && value < 2147483648.0; }
+bool truncatesToInt(double value) {
+  return value > -2147483649.0 && value < 2147483648.0;
+}
 
 bool truncatesToLong(double value) {
   return value >= -9223372036854775808.0 && value < 9223372036854775808.0;
@@ -122,7 +124,7 @@ std::map<std::string, double> json_parse_settings_raw(std::string text) {
 }
 
 std::map<std::string, std::vector<int>> json_parse_message_settings(std::string text,
-                                                                   std::string situation) {
+                                                                    std::string situation) {
   std::map<std::string, std::vector<int>> codes;
   const std::unique_ptr<JSONValue> root = JSON::Parse(widen(text).c_str());
   if (!root) {

@@ -35,13 +35,13 @@ std::map<std::string, double> json_parse_settings_raw(std::string text);
 // missing situation gives the empty map. Not JSON: the empty map and
 // "failed to parse message settings\n" on standard output.
 std::map<std::string, std::vector<int>> json_parse_message_settings(std::string text,
-                                                                   std::string situation);
+                                                                    std::string situation);
 
 // The service's settings object: numbers go to numbers as one-element vectors, arrays to
 // numbers with their numeric elements, all truncated toward zero; strings to texts, booleans
 // to flags; null and objects are ignored, and so is a number that does not fit in long. A key
-// of the document replaces that key in its map; other entries stay. Not a JSON object: the maps stay untouched and
-// "failed to parse vek settings\n" goes to standard output.
+// of the document replaces that key in its map; other entries stay. Not a JSON object: the maps
+// stay untouched and "failed to parse vek settings\n" goes to standard output.
 void json_parse_vek_settings(std::string text, std::map<std::string, std::vector<long>>& numbers,
                              std::map<std::string, std::string>& texts,
                              std::map<std::string, bool>& flags);

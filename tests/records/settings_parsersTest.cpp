@@ -30,9 +30,9 @@ TEST(ParseParamSettings, ReadsTheFieldLayout) {
   expectSetting(settings[0], "ku_vx", 1.5);
   expectSetting(settings[1], "g_del", 0.0);
 
-  settings = parse_param_settings(
-      R"([{"name_param": "freq", "sub_1_packet": "A", "value": -2.5e-3}, )"
-      R"({"name_param": "gain", "value": 3, "sub_1_packet": "B"}])");
+  settings =
+      parse_param_settings(R"([{"name_param": "freq", "sub_1_packet": "A", "value": -2.5e-3}, )"
+                           R"({"name_param": "gain", "value": 3, "sub_1_packet": "B"}])");
   ASSERT_EQ(settings.size(), 2u);
   expectSetting(settings[0], "freq", -0.0025, "A");
   // The last key runs to the end of the object; its closing quote is dropped by length.
@@ -70,8 +70,8 @@ TEST(ParseParamSettings, ValuesConvertAsCorrectlyRoundedDoubles) {
 
 TEST(ParseParamSettings, ValueWithoutBlankLosesFirstDigit) {
   // The scanner skips one character after the colon, whatever it is.
-  auto settings = parse_param_settings(
-      R"([{"name_param": "a", "value":15},{"name_param": "b", "value":1.5}])");
+  auto settings =
+      parse_param_settings(R"([{"name_param": "a", "value":15},{"name_param": "b", "value":1.5}])");
   ASSERT_EQ(settings.size(), 2u);
   EXPECT_EQ(settings[0].value, 5.0);
   EXPECT_EQ(settings[1].value, 0.5);
@@ -111,8 +111,7 @@ TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
                std::invalid_argument);
   EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": null }])"),
                std::invalid_argument);
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e999}])"),
-               std::out_of_range);
+  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e999}])"), std::out_of_range);
   EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e-310}])"),
                std::out_of_range);
   // More than one character after the last "}": no further "{" is found.
@@ -192,8 +191,8 @@ TEST(JsonParseMessageSettings, ReadsTheSituationsCodes) {
             (std::map<std::string, std::vector<int>>{{"3001", {9}}}));
   // Situations are matched exactly.
   EXPECT_TRUE(json_parse_message_settings(text, "CorridorActive").empty());
-  EXPECT_TRUE(json_parse_message_settings(R"({"rulActive": {"codeMessage": "1"}})", "rulActive")
-                  .empty());
+  EXPECT_TRUE(
+      json_parse_message_settings(R"({"rulActive": {"codeMessage": "1"}})", "rulActive").empty());
   EXPECT_TRUE(json_parse_message_settings("[1, 2]", "rulActive").empty());
 }
 
@@ -221,9 +220,9 @@ TEST(JsonParseVekSettings, SortsKeysByTheirJsonType) {
                           numbers, texts, flags);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   const Numbers expected_numbers = {{"source", {101, 102, -7}}, {"calc_source", {2}},
-                                    {"remainder", {1}},        {"middle", {10}},
+                                    {"remainder", {1}},         {"middle", {10}},
                                     {"analyze_module", {1200}}, {"control_task", {300}},
-                                    {"kafka_client_id", {3}},  {"empty", {}}};
+                                    {"kafka_client_id", {3}},   {"empty", {}}};
   EXPECT_EQ(numbers, expected_numbers);
   EXPECT_EQ(texts, (Texts{{"kafka_topic", "vek"}}));
   EXPECT_EQ(flags, (Flags{{"log", true}, {"kafka_enable", false}}));
@@ -240,16 +239,18 @@ TEST(JsonParseVekSettings, LaterDocumentsReplaceOnlyTheirKeys) {
   EXPECT_EQ(flags, (Flags{{"log", false}}));
   // A number beyond long is ignored like null: the earlier value stays. Read digit by digit,
   // 9223372036854775808 lands above 2^63 and is beyond as well.
-  json_parse_vek_settings(R"({"calc_source": 1e19, "source": -1e19, "remainder": 9223372036854775807,)"
-                          R"( "analyze_module": -9223372036854775808, "middle": -1e18})",
-                          numbers, texts, flags);
-  EXPECT_EQ(numbers,
-            (Numbers{{"calc_source", {-3}}, {"source", {42}}, {"middle", {-1000000000000000000L}}}));
+  json_parse_vek_settings(
+      R"({"calc_source": 1e19, "source": -1e19, "remainder": 9223372036854775807,)"
+      R"( "analyze_module": -9223372036854775808, "middle": -1e18})",
+      numbers, texts, flags);
+  EXPECT_EQ(
+      numbers,
+      (Numbers{{"calc_source", {-3}}, {"source", {42}}, {"middle", {-1000000000000000000L}}}));
 }
 
 TEST(JsonParseVekSettings, UnreadableOrNonObjectLeavesTheMaps) {
-  for (const char* text : {"", "[1]", "\"text\"", "42", "null", "{\"log\": tru}",
-                           "{\"kafka_topic\": \"\xd0\xb2\"}"}) {
+  for (const char* text :
+       {"", "[1]", "\"text\"", "42", "null", "{\"log\": tru}", "{\"kafka_topic\": \"\xd0\xb2\"}"}) {
     SCOPED_TRACE(text);
     Numbers numbers = {{"middle", {5}}};
     Texts texts = {{"kafka_topic", "t"}};

@@ -10,9 +10,13 @@
 
 namespace {
 
-bool isDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
+bool isDigit(wchar_t c) {
+  return c >= L'0' && c <= L'9';
+}
 
-wchar_t lowerAscii(wchar_t c) { return (c >= L'A' && c <= L'Z') ? c + (L'a' - L'A') : c; }
+wchar_t lowerAscii(wchar_t c) {
+  return (c >= L'A' && c <= L'Z') ? c + (L'a' - L'A') : c;
+}
 
 // The words true, false and null are accepted in any case (True, NULL): older tools wrote
 // them so. Advances *data over the word when it stands there.
@@ -98,7 +102,9 @@ JSONValue& JSONValue::operator=(JSONValue&& other) noexcept {
 
 JSONValue::~JSONValue() = default;
 
-std::unique_ptr<JSONValue> JSONValue::Parse(const wchar_t** data) { return Parse(data, 0); }
+std::unique_ptr<JSONValue> JSONValue::Parse(const wchar_t** data) {
+  return Parse(data, 0);
+}
 
 // depth counts the arrays and objects that enclose the value.
 std::unique_ptr<JSONValue> JSONValue::Parse(const wchar_t** data, std::size_t depth) {
@@ -298,14 +304,18 @@ std::size_t JSONValue::CountChildren() const {
   }
 }
 
-bool JSONValue::HasChild(std::size_t index) const { return index < AsArray().size(); }
+bool JSONValue::HasChild(std::size_t index) const {
+  return index < AsArray().size();
+}
 
 const JSONValue* JSONValue::Child(std::size_t index) const {
   const JSONArray& elements = AsArray();
   return index < elements.size() ? elements[index].get() : nullptr;
 }
 
-bool JSONValue::HasChild(const std::wstring& name) const { return AsObject().count(name) != 0; }
+bool JSONValue::HasChild(const std::wstring& name) const {
+  return AsObject().count(name) != 0;
+}
 
 const JSONValue* JSONValue::Child(const std::wstring& name) const {
   const JSONObject& members = AsObject();
@@ -321,7 +331,9 @@ std::vector<std::wstring> JSONValue::ObjectKeys() const {
   return keys;
 }
 
-std::wstring JSONValue::Stringify(bool pretty) const { return StringifyAt(pretty ? 1 : 0); }
+std::wstring JSONValue::Stringify(bool pretty) const {
+  return StringifyAt(pretty ? 1 : 0);
+}
 
 std::wstring JSONValue::Indent(std::size_t depth) {
   return depth > 1 ? std::wstring((depth - 1) * 2, L' ') : std::wstring();

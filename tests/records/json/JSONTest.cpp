@@ -123,8 +123,7 @@ TEST(JSONParse, WordsInAnyCase) {
 }
 
 TEST(JSONParse, ArraysAndObjects) {
-  auto root =
-      JSON::Parse(L"{ \"b\" : [ 1 , \"x\" , [ ] , { } ] , \"a\":{\"k\":null}, \"c\": -2 }");
+  auto root = JSON::Parse(L"{ \"b\" : [ 1 , \"x\" , [ ] , { } ] , \"a\":{\"k\":null}, \"c\": -2 }");
   ASSERT_NE(root, nullptr);
   ASSERT_TRUE(root->IsObject());
   EXPECT_EQ(root->ObjectKeys(), (std::vector<std::wstring>{L"a", L"b", L"c"}));
@@ -149,9 +148,10 @@ TEST(JSONParse, ArraysAndObjects) {
 
 TEST(JSONParse, MalformedContainersFail) {
   for (const wchar_t* text :
-       {L"[", L"[1", L"[1,", L"[1,]", L"[,1]", L"[1 2]", L"[1;2]", L"]", L"{", L"{\"a\"",
-        L"{\"a\":", L"{\"a\" 1}", L"{\"a\":1,}", L"{a:1}", L"{'a':1}", L"{\"a\":1", L"{,}",
-        L"{\"a\":1 \"b\":2}", L"{1:2}", L"[\"a\" : 1]", L"}", L"[]]", L"[[]"}) {
+       {L"[",          L"[1",          L"[1,",     L"[1,]",     L"[,1]",    L"[1 2]",
+        L"[1;2]",      L"]",           L"{",       L"{\"a\"",   L"{\"a\":", L"{\"a\" 1}",
+        L"{\"a\":1,}", L"{a:1}",       L"{'a':1}", L"{\"a\":1", L"{,}",     L"{\"a\":1 \"b\":2}",
+        L"{1:2}",      L"[\"a\" : 1]", L"}",       L"[]]",      L"[[]"}) {
     SCOPED_TRACE(std::string(text, text + std::wstring(text).size()));
     EXPECT_EQ(JSON::Parse(text), nullptr);
   }
@@ -193,10 +193,11 @@ TEST(JSONStrings, EscapesAndRawCharacters) {
 
   // Control characters, negative wide characters (widened bytes of 0x80 and above), unknown
   // or short escapes, and a missing closing quote fail.
-  const std::wstring bad[] = {L"\"a\nb\"",   L"\"a\rb\"",   std::wstring(L"\"a") + wchar_t(-48) + L"\"",
-                              L"\"\\x41\"",  L"\"\\u12\"",  L"\"\\u12g4\"",
-                              L"\"\\",       L"\"\\u",      L"\"open",
-                              L"\"\\a\"",    L"\"\\U0041\"", std::wstring(L"\"") + wchar_t(31) + L"\""};
+  const std::wstring bad[] = {
+      L"\"a\nb\"",  L"\"a\rb\"",    std::wstring(L"\"a") + wchar_t(-48) + L"\"",
+      L"\"\\x41\"", L"\"\\u12\"",   L"\"\\u12g4\"",
+      L"\"\\",      L"\"\\u",       L"\"open",
+      L"\"\\a\"",   L"\"\\U0041\"", std::wstring(L"\"") + wchar_t(31) + L"\""};
   for (const auto& t : bad) {
     SCOPED_TRACE(t.size());
     EXPECT_EQ(JSON::Parse(t.c_str()), nullptr);
