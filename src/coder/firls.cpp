@@ -178,6 +178,18 @@ void toRow(const std::vector<double>& taps, array<double, 2>& h) {
 
 } // namespace
 
+namespace internal {
+
+std::vector<double> firlsDesign(int order, const std::vector<double>& f,
+                                const std::vector<double>& a) {
+  if (order < 0 || order % 2 != 0 || f.size() % 2 != 0 || f.empty() || a.size() != f.size()) {
+    return {};
+  }
+  return design(order, f, a);
+}
+
+} // namespace internal
+
 std::shared_ptr<const std::vector<double>> firlsTaps(int order, const std::vector<double>& f,
                                                      const std::vector<double>& a) {
   if (order < 0 || order % 2 != 0 || f.size() % 2 != 0 || f.empty() || a.size() != f.size()) {

@@ -40,4 +40,10 @@ void b_firls(const double f[6], array<double, 2>& h);
 // centre (w1 + w2)/2. A row of order + 1 taps; an odd order gives an empty row.
 void fir1(int order, double w1, double w2, array<double, 2>& b);
 
+namespace internal {
+// The design itself, without the cache (for measuring what the cache saves).
+std::vector<double> firlsDesign(int order, const std::vector<double>& f,
+                                const std::vector<double>& a);
+} // namespace internal
+
 } // namespace coder
