@@ -14,25 +14,9 @@
 #include <thread>
 #include <unistd.h>
 
-#include <pqxx/pqxx>
-
 namespace {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(50);
-
-std::string requiredEnvironment(const char* name) {
-  const char* value = std::getenv(name);
-  if (value == nullptr || *value == '\0') {
-    throw std::runtime_error(std::string(name) +
-                             " is not set: run the tests under scripts/with-postgres");
-  }
-  return value;
-}
-
-std::string connectionString(const std::string& database) {
-  return "host=" + ScratchDatabase::host() + " dbname=" + database +
-         " user=" + ScratchDatabase::user();
-}
 
 } // namespace
 
@@ -155,38 +139,4 @@ std::string ServiceRun::joinedCommandLine() const {
     joined += text;
   }
   return joined;
-}
-
-ScratchDatabase::ScratchDatabase(const std::string& tag)
-    : database_name(tag + "_" + std::to_string(getpid())) {
-  pqxx::connection admin(connectionString("postgres"));
-  pqxx::nontransaction run(admin);
-  run.exec("DROP DATABASE IF EXISTS " + database_name);
-  run.exec("CREATE DATABASE " + database_name + " TEMPLATE " +
-           requiredEnvironment("VEK_PGTEMPLATE"));
-}
-
-ScratchDatabase::~ScratchDatabase() {
-  try {
-    pqxx::connection admin(connectionString("postgres"));
-    pqxx::nontransaction run(admin);
-    run.exec("DROP DATABASE IF EXISTS " + database_name + " WITH (FORCE)");
-  } catch (const std::exception&) {
-    // The cluster is thrown away after the run; a database left behind costs nothing.
-  }
-}
-
-void ScratchDatabase::exec(const std::string& sql) const {
-  pqxx::connection connection(connectionString(database_name));
-  pqxx::work work(connection);
-  work.exec(sql);
-  work.commit();
-}
-
-std::string ScratchDatabase::host() {
-  return requiredEnvironment("VEK_PGHOST");
-}
-
-std::string ScratchDatabase::user() {
-  return requiredEnvironment("VEK_PGUSER");
 }

@@ -36,25 +36,5 @@ private:
   pid_t pid = -1;
 };
 
-// A database of its own for one test, made from the schema template and dropped afterwards,
-// so that tests can run side by side on one throwaway server.
-class ScratchDatabase {
-public:
-  explicit ScratchDatabase(const std::string& tag);
-  ~ScratchDatabase();
-  ScratchDatabase(const ScratchDatabase&) = delete;
-  ScratchDatabase& operator=(const ScratchDatabase&) = delete;
-
-  // Runs statements in one committed transaction.
-  void exec(const std::string& sql) const;
-  const std::string& name() const { return database_name; }
-  // The server's socket directory and user, as the service takes them with -host and -user.
-  static std::string host();
-  static std::string user();
-
-private:
-  std::string database_name;
-};
-
 // The path of the vek executable under test.
 std::string vekExecutable();

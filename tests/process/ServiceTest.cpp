@@ -10,7 +10,10 @@
 #include <unistd.h>
 #include <vector>
 
+#include <pqxx/pqxx>
+
 #include "ServiceRun.h"
+#include "support/ThrowawayDatabase.h"
 
 namespace {
 
@@ -58,8 +61,18 @@ std::string insertRows(const std::vector<int>& ids) {
   return sql;
 }
 
-std::vector<std::string> connectionArguments(const ScratchDatabase& db) {
-  return {"-host", ScratchDatabase::host(), "-name", db.name(), "-user", ScratchDatabase::user()};
+using vek_test::ThrowawayDatabase;
+
+// Runs statements on the test's database in one committed transaction.
+void execute(const ThrowawayDatabase& db, const std::string& sql) {
+  pqxx::connection connection(db.connectionString());
+  pqxx::work work(connection);
+  work.exec(sql);
+  work.commit();
+}
+
+std::vector<std::string> connectionArguments(const ThrowawayDatabase& db) {
+  return {"-host", db.host(), "-name", db.name(), "-user", db.user()};
 }
 
 std::vector<std::string> withArguments(std::vector<std::string> base,
@@ -93,13 +106,13 @@ std::string findLog(const ServiceRun& run, const std::string& suffix) {
 // A view in place of the table, so that reading one row's measurement fails on the server
 // the way a damaged row or a dying session does, while every other row reads normally.
 // Row `damaged` raises an SQL error; the first read of row `lost` kills its own session.
-void replaceRowTableWithFaultyView(const ScratchDatabase& db, int damaged, int lost) {
-  db.exec(R"(
+void replaceRowTableWithFaultyView(const ThrowawayDatabase& db, int damaged, int lost) {
+  execute(db, R"(
     CREATE SEQUENCE lost_once;
     CREATE FUNCTION damaged_row(row_id integer) RETURNS text LANGUAGE plpgsql IMMUTABLE AS $$
     BEGIN
       IF row_id = )" +
-          std::to_string(damaged) + R"( THEN
+                  std::to_string(damaged) + R"( THEN
         RAISE EXCEPTION 'row % is damaged', row_id;
       END IF;
       RETURN NULL;
@@ -108,7 +121,7 @@ void replaceRowTableWithFaultyView(const ScratchDatabase& db, int damaged, int l
     CREATE FUNCTION session_lost_once(row_id integer) RETURNS text LANGUAGE plpgsql STABLE AS $$
     BEGIN
       IF row_id = )" +
-          std::to_string(lost) + R"( AND nextval('lost_once') = 1 THEN
+                  std::to_string(lost) + R"( AND nextval('lost_once') = 1 THEN
         PERFORM pg_terminate_backend(pg_backend_pid());
         PERFORM pg_sleep(10);
       END IF;
@@ -126,9 +139,9 @@ void replaceRowTableWithFaultyView(const ScratchDatabase& db, int damaged, int l
 } // namespace
 
 TEST(Service, ReplayWalksItsRangeAcrossAGapAndEndsBeforeTheStopId) {
-  ScratchDatabase db("vek_process_replay");
-  db.exec(insertRows({1, 2, 4, 5, 6, 7}) +
-          "INSERT INTO math_history (param_info_id, calculated_at) VALUES (9, now());");
+  ThrowawayDatabase db("vek_process_replay");
+  execute(db, insertRows({1, 2, 4, 5, 6, 7}) +
+                  "INSERT INTO math_history (param_info_id, calculated_at) VALUES (9, now());");
 
   ServiceRun run(withArguments(connectionArguments(db), {"-s", "2", "-stop", "6"}));
   int status = -1;
@@ -151,10 +164,10 @@ TEST(Service, ReplayWalksItsRangeAcrossAGapAndEndsBeforeTheStopId) {
 }
 
 TEST(Service, ContinuesAfterTheLastCalculatedRowAndWaitsWhenCaughtUp) {
-  ScratchDatabase db("vek_process_continue");
-  db.exec(insertRows({1, 2, 3, 4, 5, 6}) +
-          "INSERT INTO math_history (param_info_id, calculated_at) VALUES (2, now()), "
-          "(4, now()), (3, now());");
+  ThrowawayDatabase db("vek_process_continue");
+  execute(db, insertRows({1, 2, 3, 4, 5, 6}) +
+                  "INSERT INTO math_history (param_info_id, calculated_at) VALUES (2, now()), "
+                  "(4, now()), (3, now());");
 
   // No -s: the first row is MAX(param_info_id) + 1, and the stop id ends the run.
   ServiceRun run(withArguments(connectionArguments(db), {"-stop", "6"}));
@@ -172,8 +185,8 @@ TEST(Service, ContinuesAfterTheLastCalculatedRowAndWaitsWhenCaughtUp) {
 }
 
 TEST(Service, PrintOptionWritesTheRunLogNamedAfterDatabaseAndInstance) {
-  ScratchDatabase db("vek_process_logs");
-  db.exec(insertRows({1, 2, 3}));
+  ThrowawayDatabase db("vek_process_logs");
+  execute(db, insertRows({1, 2, 3}));
 
   ServiceRun run(withArguments(connectionArguments(db),
                                {"-id", "7", "-s", "1", "-stop", "3", "-p", "-middle", "3"}));
@@ -206,7 +219,7 @@ TEST(Service, PrintOptionWritesTheRunLogNamedAfterDatabaseAndInstance) {
 }
 
 TEST(Service, SignalsEndWithTheirLineInTheErrorLogAndStatusZero) {
-  ScratchDatabase db("vek_process_signals");
+  ThrowawayDatabase db("vek_process_signals");
   struct Case {
     int signal_number;
     std::string line;
@@ -237,10 +250,10 @@ TEST(Service, SignalsEndWithTheirLineInTheErrorLogAndStatusZero) {
 }
 
 TEST(Service, FaultBeforeTheLoopEndsThroughTheAbortLineWithStatusZero) {
-  ScratchDatabase db("vek_process_start_fault");
+  ThrowawayDatabase db("vek_process_start_fault");
   // Without MATH_HISTORY the start position cannot be read; nothing catches that before the
   // loop, so the runtime aborts and the handler leaves its line.
-  db.exec("DROP TABLE math_history;");
+  execute(db, "DROP TABLE math_history;");
   ServiceRun run(withArguments(connectionArguments(db), {"-id", "5"}));
   int status = -1;
   ASSERT_TRUE(run.waitForExit(kQuickRunSec, status)) << run.standardOutput();
@@ -251,8 +264,8 @@ TEST(Service, FaultBeforeTheLoopEndsThroughTheAbortLineWithStatusZero) {
 }
 
 TEST(Service, RejectedStatementSkipsTheRowAtOnce) {
-  ScratchDatabase db("vek_process_sql_error");
-  db.exec(insertRows({1, 2, 3, 4, 5}));
+  ThrowawayDatabase db("vek_process_sql_error");
+  execute(db, insertRows({1, 2, 3, 4, 5}));
   replaceRowTableWithFaultyView(db, 2, 0);
 
   ServiceRun run(withArguments(connectionArguments(db), {"-s", "1", "-stop", "5", "-p"}));
@@ -277,12 +290,12 @@ TEST(Service, RejectedStatementSkipsTheRowAtOnce) {
 }
 
 TEST(Service, FaultBeforeTheRowSkipsItsIdAfterASecond) {
-  ScratchDatabase db("vek_process_exception");
-  db.exec(insertRows({1, 2, 3, 4}));
+  ThrowawayDatabase db("vek_process_exception");
+  execute(db, insertRows({1, 2, 3, 4}));
   // The very first statement on the ids, the loop's look for the newest row, is rejected
   // once. Outside the row's own guard that counts as a general fault: row 1 is skipped
   // untouched.
-  db.exec(R"(
+  execute(db, R"(
     CREATE SEQUENCE first_read;
     CREATE FUNCTION rejected_once(row_id integer) RETURNS integer LANGUAGE plpgsql STABLE AS $$
     BEGIN
@@ -317,8 +330,8 @@ TEST(Service, FaultBeforeTheRowSkipsItsIdAfterASecond) {
 }
 
 TEST(Service, LostConnectionWaitsReconnectsAndRepeatsTheRow) {
-  ScratchDatabase db("vek_process_lost");
-  db.exec(insertRows({1, 2, 3, 4}));
+  ThrowawayDatabase db("vek_process_lost");
+  execute(db, insertRows({1, 2, 3, 4}));
   replaceRowTableWithFaultyView(db, 0, 2);
 
   const auto started = std::chrono::steady_clock::now();
@@ -333,8 +346,8 @@ TEST(Service, LostConnectionWaitsReconnectsAndRepeatsTheRow) {
   const std::string output = run.standardOutput();
   // Row 2 is never skipped: it is announced again after the reconnect and done.
   EXPECT_EQ(walkedIds(output), (std::vector<int>{1, 2, 2, 3}));
-  const std::string connected = "connect to database: " + ScratchDatabase::host() + " " +
-                                db.name() + " " + ScratchDatabase::user() + "\n";
+  const std::string connected =
+      "connect to database: " + db.host() + " " + db.name() + " " + db.user() + "\n";
   EXPECT_NE(output.find("id_current: 2\nerror connect, pause: 30c\n" + connected +
                         "id_current: 2\ntime spent processing: "),
             std::string::npos)
@@ -346,8 +359,8 @@ TEST(Service, LostConnectionWaitsReconnectsAndRepeatsTheRow) {
 }
 
 TEST(Service, ServerDownAtStartIsWaitedFor) {
-  ScratchDatabase db("vek_process_late_server");
-  db.exec(insertRows({1, 2}));
+  ThrowawayDatabase db("vek_process_late_server");
+  execute(db, insertRows({1, 2}));
   // A socket directory where no server listens yet; the server "comes up" when its socket
   // appears there, without disturbing the other tests on the shared server.
   const std::string late_host = std::filesystem::temp_directory_path().string() +
@@ -355,12 +368,11 @@ TEST(Service, ServerDownAtStartIsWaitedFor) {
   std::filesystem::remove_all(late_host);
   std::filesystem::create_directory(late_host);
 
-  ServiceRun run({"-host", late_host, "-name", db.name(), "-user", ScratchDatabase::user(), "-s",
-                  "1", "-stop", "2", "-p"});
+  ServiceRun run(
+      {"-host", late_host, "-name", db.name(), "-user", db.user(), "-s", "1", "-stop", "2", "-p"});
   ASSERT_TRUE(run.waitForOutput("reconnect pause 30c\n", kQuickRunSec)) << run.standardOutput();
   EXPECT_EQ(run.standardOutput().find("id_current:"), std::string::npos);
-  std::filesystem::create_symlink(ScratchDatabase::host() + "/.s.PGSQL.5432",
-                                  late_host + "/.s.PGSQL.5432");
+  std::filesystem::create_symlink(db.host() + "/.s.PGSQL.5432", late_host + "/.s.PGSQL.5432");
 
   int status = -1;
   ASSERT_TRUE(run.waitForExit(kOneWaitRunSec, status)) << run.standardOutput();
