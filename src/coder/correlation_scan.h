@@ -21,7 +21,8 @@ namespace coder {
 // Accuracy: for every i, |out[i] - exact[i]| <= 5e-14 * sum|y[k]| on the grids the blocks
 // use (1 to 20000 samples, up to 5401 points, phases up to 1e4 radians; 6.7e-15 measured),
 // proven by the test against a direct sum in extended precision. The direct double form is
-// less exact than that: rounding 2*pi*f*k*dt costs it up to ~1e-12 * sum|y|.
+// less exact than that: rounding 2*pi*f*k*dt costs it up to 1.3e-13 * sum|y| on a signal
+// with a line in the band, where the phase errors add up coherently.
 // Cost: about 0.5 ns per sample and grid point, 30 times less than the direct form.
 void correlation_scan(const creal_T* y, int n, double dt, int first_phase,
                       const double* freqs, int m, creal_T* out);

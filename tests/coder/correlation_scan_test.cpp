@@ -14,9 +14,10 @@ namespace {
 
 // The kernel's stated bound: every sum within this fraction of sum|y| of the exact one.
 constexpr double kScanBound = 5e-14;
-// The double direct form rounds 2*pi*f*k*dt at phases up to ~1e4 rad, so it sits ~1e-12
-// away from the truth on its own; kernel and direct form agree within their two errors.
-constexpr double kDirectBound = 4e-12;
+// The double direct form rounds 2*pi*f*k*dt at phases up to ~1e4 rad, and over a line in
+// the band those errors add up coherently (1.3e-13 of sum|y| measured); kernel and direct
+// form agree within the sum of their two errors.
+constexpr double kDirectBound = 5e-13;
 
 struct Case {
   const char* what;
