@@ -25,13 +25,15 @@ std::vector<creal_T> signalOf(int n) {
   std::mt19937 gen(1U);
   std::normal_distribution<double> noise(0.0, 1.0);
   std::vector<creal_T> y(static_cast<size_t>(n));
-  for (creal_T& v : y) v = creal_T{noise(gen), noise(gen)};
+  for (creal_T& v : y)
+    v = creal_T{noise(gen), noise(gen)};
   return y;
 }
 
 std::vector<double> gridOf(const Grid& g) {
   std::vector<double> f(static_cast<size_t>(g.m));
-  for (int i = 0; i < g.m; ++i) f[static_cast<size_t>(i)] = g.f0 + i * kStep;
+  for (int i = 0; i < g.m; ++i)
+    f[static_cast<size_t>(i)] = g.f0 + i * kStep;
   return f;
 }
 
@@ -72,7 +74,8 @@ void BM_correlation_scan_kernel_real(benchmark::State& state) {
   const Grid& g = kGrids[state.range(0)];
   const std::vector<creal_T> z = signalOf(g.n);
   std::vector<double> y(z.size());
-  for (size_t k = 0; k < z.size(); ++k) y[k] = z[k].re;
+  for (size_t k = 0; k < z.size(); ++k)
+    y[k] = z[k].re;
   const std::vector<double> f = gridOf(g);
   std::vector<creal_T> out(f.size());
   for (auto _ : state) {

@@ -10,10 +10,10 @@ namespace {
 // unit phasor p_k = exp(-j 2 pi f (k + first_phase) dt) advances by one complex product
 // with w = exp(-j 2 pi f dt); each segment starts from an anchor, so the rounding of the
 // recurrence (about one unit in the last place per step, in angle and in modulus) never
-// accumulates beyond kSegment steps plus the 15 segment advances between exact anchors. The anchor phase
-// and the step are reduced to a fraction of a cycle in extended precision, so that the
-// large phases of long signals (2 pi f k dt reaches 1e4 radians) lose nothing to the
-// rounding of the product f * k * dt.
+// accumulates beyond kSegment steps plus the 15 segment advances between exact anchors. The anchor
+// phase and the step are reduced to a fraction of a cycle in extended precision, so that the large
+// phases of long signals (2 pi f k dt reaches 1e4 radians) lose nothing to the rounding of the
+// product f * k * dt.
 //
 // Eight frequencies advance side by side as two groups of four lanes (GCC vector extension:
 // two SSE2 registers per group, or one AVX register). Their recurrences are independent
@@ -60,8 +60,8 @@ void lanePhasors(const double* f, int lanes, double dt, long double k, Quad* re,
 }
 
 template <bool IsComplex>
-VEK_SCAN_CLONES void scanLanes(const double* y, int n, double dt, int first_phase, const double* f, int lanes,
-               creal_T* out) {
+VEK_SCAN_CLONES void scanLanes(const double* y, int n, double dt, int first_phase, const double* f,
+                               int lanes, creal_T* out) {
   Quad w_re[kQuads];
   Quad w_im[kQuads];
   lanePhasors(f, lanes, dt, 1.0L, w_re, w_im);
@@ -124,7 +124,8 @@ void scan(const double* y, int n, double dt, int first_phase, const double* freq
   for (int i = 0; i < m; i += kLanes) {
     const int lanes = m - i < kLanes ? m - i : kLanes;
     if (n <= 0) {
-      for (int l = 0; l < lanes; ++l) out[i + l] = creal_T{0.0, 0.0};
+      for (int l = 0; l < lanes; ++l)
+        out[i + l] = creal_T{0.0, 0.0};
       continue;
     }
     scanLanes<IsComplex>(y, n, dt, first_phase, freqs + i, lanes, out + i);
@@ -133,7 +134,8 @@ void scan(const double* y, int n, double dt, int first_phase, const double* freq
 
 std::vector<double> gridOf(double f0, double step, int m) {
   std::vector<double> freqs(m > 0 ? static_cast<size_t>(m) : 0U);
-  for (int i = 0; i < m; ++i) freqs[static_cast<size_t>(i)] = f0 + i * step;
+  for (int i = 0; i < m; ++i)
+    freqs[static_cast<size_t>(i)] = f0 + i * step;
   return freqs;
 }
 

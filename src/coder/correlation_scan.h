@@ -24,8 +24,8 @@ namespace coder {
 // less exact than that: rounding 2*pi*f*k*dt costs it up to 1.3e-13 * sum|y| on a signal
 // with a line in the band, where the phase errors add up coherently.
 // Cost: about 0.5 ns per sample and grid point, 30 times less than the direct form.
-void correlation_scan(const creal_T* y, int n, double dt, int first_phase,
-                      const double* freqs, int m, creal_T* out);
+void correlation_scan(const creal_T* y, int n, double dt, int first_phase, const double* freqs,
+                      int m, creal_T* out);
 // The same for a real signal (imaginary parts 0), with half the multiplications per term.
 void correlation_scan(const double* y, int n, double dt, int first_phase, const double* freqs,
                       int m, creal_T* out);

@@ -23,14 +23,16 @@ void findpeaks(const double* y, int n, std::vector<double>& pks, std::vector<dou
   for (int k = 0; k < n; ++k) {
     const double yk = std::isnan(y[k]) ? inf : y[k];
     const bool infinite = yk == inf;
-    if (infinite && !std::isnan(y[k])) infinite_peaks.push_back(k);
+    if (infinite && !std::isnan(y[k]))
+      infinite_peaks.push_back(k);
     if (yk != run_value) {
       const int previous = direction;
       if (infinite || run_infinite) {
         direction = 0;
       } else if (yk < run_value) {
         direction = -1;
-        if (previous == 1) finite_peaks.push_back(run_first);
+        if (previous == 1)
+          finite_peaks.push_back(run_first);
       } else {
         direction = 1;
       }

@@ -10,7 +10,8 @@ namespace coder {
 void interp1(const double* x, const double* v, int n, const double* xq, int nq, double* vq) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   if (n < 2) {
-    for (int i = 0; i < nq; ++i) vq[i] = nan;
+    for (int i = 0; i < nq; ++i)
+      vq[i] = nan;
     return;
   }
   std::vector<double> xs(x, x + n);

@@ -9,14 +9,18 @@ namespace coder {
 namespace internal {
 namespace {
 
-bool isNaN(double v) { return std::isnan(v); }
-bool isNaN(const creal_T& v) { return std::isnan(v.re) || std::isnan(v.im); }
+bool isNaN(double v) {
+  return std::isnan(v);
+}
+bool isNaN(const creal_T& v) {
+  return std::isnan(v.re) || std::isnan(v.im);
+}
 
 // First element that is not NaN, or -1.
-template <typename T>
-int firstNumber(const T* x, int n) {
+template <typename T> int firstNumber(const T* x, int n) {
   for (int k = 0; k < n; ++k) {
-    if (!isNaN(x[k])) return k;
+    if (!isNaN(x[k]))
+      return k;
   }
   return -1;
 }
@@ -26,18 +30,22 @@ int firstNumber(const T* x, int n) {
 template <typename T, typename Better>
 T extreme(const T* x, int n, int* index, T empty, Better better) {
   if (n <= 0) {
-    if (index != nullptr) *index = 0;
+    if (index != nullptr)
+      *index = 0;
     return empty;
   }
   int best = firstNumber(x, n);
   if (best < 0) {
-    if (index != nullptr) *index = 1;
+    if (index != nullptr)
+      *index = 1;
     return x[0];
   }
   for (int k = best + 1; k < n; ++k) {
-    if (!isNaN(x[k]) && better(x[k], x[best])) best = k;
+    if (!isNaN(x[k]) && better(x[k], x[best]))
+      best = k;
   }
-  if (index != nullptr) *index = best + 1;
+  if (index != nullptr)
+    *index = best + 1;
   return x[best];
 }
 

@@ -18,7 +18,8 @@ void centralMoments(const double* x, int n, int p, double* m2, double* mp) {
   std::vector<double> d2;
   std::vector<double> dp;
   for (int k = 0; k < n; ++k) {
-    if (std::isnan(x[k])) continue;
+    if (std::isnan(x[k]))
+      continue;
     const double d = x[k] - m;
     d2.push_back(d * d);
     dp.push_back(p == 3 ? d * d * d : d * d * d * d);
@@ -30,8 +31,10 @@ void centralMoments(const double* x, int n, int p, double* m2, double* mp) {
 } // namespace
 
 double b_std(const double* x, int n) {
-  if (n <= 0) return kNaN;
-  if (n == 1) return std::isfinite(x[0]) ? 0.0 : kNaN;
+  if (n <= 0)
+    return kNaN;
+  if (n == 1)
+    return std::isfinite(x[0]) ? 0.0 : kNaN;
   const double mu = sum(x, n) / static_cast<double>(n);
   // Scaled sum of squares: no overflow or underflow for any finite data.
   double scale = 3.3121686421112381e-170;
@@ -68,9 +71,12 @@ double peak2peak(const double* x, int n) {
   double hi = kNaN;
   double lo = kNaN;
   for (int k = 0; k < n; ++k) {
-    if (std::isnan(x[k])) continue;
-    if (std::isnan(hi) || x[k] > hi) hi = x[k];
-    if (std::isnan(lo) || x[k] < lo) lo = x[k];
+    if (std::isnan(x[k]))
+      continue;
+    if (std::isnan(hi) || x[k] > hi)
+      hi = x[k];
+    if (std::isnan(lo) || x[k] < lo)
+      lo = x[k];
   }
   return hi - lo;
 }

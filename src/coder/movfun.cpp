@@ -16,8 +16,8 @@ void movmean(const double* x, int n, int back, double* out) {
       s += x[k];
       has_nan = has_nan || std::isnan(x[k]);
     }
-    out[i] = has_nan ? std::numeric_limits<double>::quiet_NaN()
-                     : s / static_cast<double>(i - first + 1);
+    out[i] =
+        has_nan ? std::numeric_limits<double>::quiet_NaN() : s / static_cast<double>(i - first + 1);
   }
 }
 

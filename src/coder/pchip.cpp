@@ -7,7 +7,9 @@
 namespace coder {
 namespace {
 
-double signOf(double v) { return v > 0.0 ? 1.0 : (v < 0.0 ? -1.0 : 0.0); }
+double signOf(double v) {
+  return v > 0.0 ? 1.0 : (v < 0.0 ? -1.0 : 0.0);
+}
 
 // MATLAB's end slope: the three-point estimate, set to 0 when it points against the first
 // secant and limited to three secants when the secants change sign.
@@ -26,7 +28,8 @@ double endSlope(double h1, double h2, double del1, double del2) {
 void pchip(const double* x, const double* v, int n, const double* xq, int nq, double* vq) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   if (n <= 1) {
-    for (int i = 0; i < nq; ++i) vq[i] = n == 1 && !std::isnan(xq[i]) ? v[0] : nan;
+    for (int i = 0; i < nq; ++i)
+      vq[i] = n == 1 && !std::isnan(xq[i]) ? v[0] : nan;
     return;
   }
   const size_t pieces = static_cast<size_t>(n - 1);

@@ -20,13 +20,12 @@ struct polyfit_S {
 // (x_hat^deg .. x_hat^0), p = V \ y by qrsolve (basic solution when rank-deficient, some
 // coefficients exactly 0). p has deg+1 elements, highest power first. All x equal gives
 // mu[1] = 0 and NaN coefficients, as MATLAB does.
-void polyfit(const double* x, const double* y, int n, int deg, std::vector<double>& p,
-             polyfit_S* s, double mu[2]);
+void polyfit(const double* x, const double* y, int n, int deg, std::vector<double>& p, polyfit_S* s,
+             double mu[2]);
 
 // MATLAB polyval(p, x, S, mu): Horner's rule on x_hat = (x - mu[0]) / mu[1], y = p[0], then
 // y = x_hat * y + p[k]. S affects only MATLAB's second output and is not needed here.
 // out receives n values.
-void polyval(const std::vector<double>& p, const double* x, int n, const double mu[2],
-             double* out);
+void polyval(const std::vector<double>& p, const double* x, int n, const double mu[2], double* out);
 
 } // namespace coder

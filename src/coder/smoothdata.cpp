@@ -22,10 +22,12 @@ double uniformWindow(const std::vector<double>& column) {
   const int n = static_cast<int>(column.size());
   std::vector<double> a(column);
   const double m = mean(a.data(), n);
-  for (double& v : a) v -= m;
+  for (double& v : a)
+    v -= m;
   // bins 0..n-1 of a 2n-point DFT: the correlation scan at frequencies k/(2n) with unit step
   std::vector<double> freqs(static_cast<size_t>(n));
-  for (int k = 0; k < n; ++k) freqs[static_cast<size_t>(k)] = static_cast<double>(k);
+  for (int k = 0; k < n; ++k)
+    freqs[static_cast<size_t>(k)] = static_cast<double>(k);
   std::vector<creal_T> bins(static_cast<size_t>(n));
   correlation_scan(a.data(), n, 1.0 / (2.0 * n), 0, freqs.data(), n, bins.data());
   std::vector<double> power(static_cast<size_t>(n));
@@ -43,7 +45,8 @@ double uniformWindow(const std::vector<double>& column) {
       break;
     }
   }
-  if (rho == 0) return 1.0;
+  if (rho == 0)
+    return 1.0;
   const double spread = 0.44294 * 2.0 * n / std::max(rho - 1, 1);
   return std::ceil(std::sqrt(spread * spread + 1.0));
 }
@@ -51,21 +54,25 @@ double uniformWindow(const std::vector<double>& column) {
 bool exactlyUniform(const double* t, int n) {
   const double step = t[1] - t[0];
   for (int k = 2; k < n; ++k) {
-    if (t[k] - t[k - 1] != step) return false;
+    if (t[k] - t[k - 1] != step)
+      return false;
   }
   return true;
 }
 
 bool strictlyIncreasing(const double* t, int n) {
   for (int k = 1; k < n; ++k) {
-    if (!(t[k] > t[k - 1])) return false;
+    if (!(t[k] > t[k - 1]))
+      return false;
   }
   return true;
 }
 
 double clipWindow(double w) {
-  if (w == 0.0) return kRealMin;
-  if (!std::isfinite(w)) return kRealMax;
+  if (w == 0.0)
+    return kRealMin;
+  if (!std::isfinite(w))
+    return kRealMax;
   return w;
 }
 
@@ -75,7 +82,8 @@ double clipWindow(double w) {
 double fitAt(const double* a, const double* t, const std::vector<int>& members, int self,
              double t0) {
   double scale = 0.0;
-  for (int j : members) scale = std::max(scale, std::fabs(t[j] - t0));
+  for (int j : members)
+    scale = std::max(scale, std::fabs(t[j] - t0));
   std::vector<double> rows;
   std::vector<double> rhs;
   std::vector<double> u;
@@ -85,17 +93,20 @@ double fitAt(const double* a, const double* t, const std::vector<int>& members, 
     const double d = scale > 0.0 ? (t[j] - t0) / scale : 0.0;
     const double r = 1.0 - std::fabs(d) * std::fabs(d) * std::fabs(d);
     const double w = r * r * r;
-    if (!(w > 0.0)) continue;
+    if (!(w > 0.0))
+      continue;
     self_weighted = self_weighted || j == self;
     u.push_back(d);
     root_w.push_back(std::sqrt(w));
     rhs.push_back(std::sqrt(w) * a[j]);
   }
   const int m = static_cast<int>(u.size());
-  if (m == 0) return std::numeric_limits<double>::quiet_NaN();
+  if (m == 0)
+    return std::numeric_limits<double>::quiet_NaN();
   // three weighted samples or fewer, the point among them: the quadratic passes through
   // them, so the point keeps its own value exactly
-  if (m <= 3 && self_weighted) return a[self];
+  if (m <= 3 && self_weighted)
+    return a[self];
   rows.resize(static_cast<size_t>(m) * 3U);
   for (int k = 0; k < m; ++k) {
     const size_t kk = static_cast<size_t>(k);
@@ -111,10 +122,12 @@ double fitAt(const double* a, const double* t, const std::vector<int>& members, 
 } // namespace
 
 double chooseWindowSize(const double* a, const double* t, int n) {
-  if (n < 2) return clipWindow(1.0);
+  if (n < 2)
+    return clipWindow(1.0);
   std::vector<double> column(a, a + n);
   bool has_nan = false;
-  for (double v : column) has_nan = has_nan || std::isnan(v);
+  for (double v : column)
+    has_nan = has_nan || std::isnan(v);
   if (!has_nan && exactlyUniform(t, n)) {
     return clipWindow(uniformWindow(column) * (t[1] - t[0]));
   }
@@ -122,7 +135,8 @@ double chooseWindowSize(const double* a, const double* t, int n) {
   if (!strictlyIncreasing(t, n)) {
     if (has_nan) {
       // without distinct stamps there is nothing to interpolate over: NaN counts as 0
-      for (double& v : column) v = std::isnan(v) ? 0.0 : v;
+      for (double& v : column)
+        v = std::isnan(v) ? 0.0 : v;
     }
     return clipWindow(uniformWindow(column) * span);
   }
@@ -134,12 +148,14 @@ double chooseWindowSize(const double* a, const double* t, int n) {
       av.push_back(a[k]);
     }
   }
-  if (av.size() < 2) return clipWindow(1.0 * span);
+  if (av.size() < 2)
+    return clipWindow(1.0 * span);
   std::vector<double> filled(static_cast<size_t>(n));
   pchip(tv.data(), av.data(), static_cast<int>(tv.size()), t, n, filled.data());
   // linspace(t(1), t(n), n): the last point exactly t(n)
   std::vector<double> grid(static_cast<size_t>(n));
-  for (int k = 0; k < n; ++k) grid[static_cast<size_t>(k)] = t[0] + k * ((t[n - 1] - t[0]) / (n - 1));
+  for (int k = 0; k < n; ++k)
+    grid[static_cast<size_t>(k)] = t[0] + k * ((t[n - 1] - t[0]) / (n - 1));
   grid[static_cast<size_t>(n - 1)] = t[n - 1];
   std::vector<double> resampled(static_cast<size_t>(n));
   pchip(t, filled.data(), n, grid.data(), n, resampled.data());
@@ -147,9 +163,11 @@ double chooseWindowSize(const double* a, const double* t, int n) {
 }
 
 void localRegression(const double* a, const double* t, int n, double window, double* s) {
-  if (n <= 0) return;
+  if (n <= 0)
+    return;
   bool has_nan = false;
-  for (int k = 0; k < n; ++k) has_nan = has_nan || std::isnan(a[k]);
+  for (int k = 0; k < n; ++k)
+    has_nan = has_nan || std::isnan(a[k]);
   std::vector<int> members;
   if (n >= 2 && !has_nan && exactlyUniform(t, n)) {
     const double dt = t[1] - t[0];
@@ -175,13 +193,15 @@ void localRegression(const double* a, const double* t, int n, double window, dou
         last = i + h;
       }
       members.clear();
-      for (int j = first; j <= last; ++j) members.push_back(j);
+      for (int j = first; j <= last; ++j)
+        members.push_back(j);
       s[i] = fitAt(a, t, members, i, t[i]);
     }
     return;
   }
   double min_step = std::numeric_limits<double>::infinity();
-  for (int k = 1; k < n; ++k) min_step = std::min(min_step, t[k] - t[k - 1]);
+  for (int k = 1; k < n; ++k)
+    min_step = std::min(min_step, t[k] - t[k - 1]);
   if (2.0 * min_step > window) {
     std::copy(a, a + n, s);
     return;
@@ -191,15 +211,18 @@ void localRegression(const double* a, const double* t, int n, double window, dou
     members.clear();
     if (t[i] - half < t[0]) {
       for (int j = 0; j < n && t[j] < t[0] + window; ++j) {
-        if (!std::isnan(a[j])) members.push_back(j);
+        if (!std::isnan(a[j]))
+          members.push_back(j);
       }
     } else if (t[i] + half > t[n - 1]) {
       for (int j = 0; j < n; ++j) {
-        if (t[j] > t[n - 1] - window && !std::isnan(a[j])) members.push_back(j);
+        if (t[j] > t[n - 1] - window && !std::isnan(a[j]))
+          members.push_back(j);
       }
     } else {
       for (int j = 0; j < n; ++j) {
-        if (t[j] >= t[i] - half && t[j] < t[i] + half && !std::isnan(a[j])) members.push_back(j);
+        if (t[j] >= t[i] - half && t[j] < t[i] + half && !std::isnan(a[j]))
+          members.push_back(j);
       }
     }
     s[i] = fitAt(a, t, members, i, t[i]);

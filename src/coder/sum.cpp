@@ -13,19 +13,22 @@ constexpr int kSumBlock = 1024;
 } // namespace
 
 double sum(const double* x, int n) {
-  if (n <= 0) return 0.0;
+  if (n <= 0)
+    return 0.0;
   double total = 0.0;
   for (int start = 0; start < n; start += kSumBlock) {
     const int stop = start + kSumBlock < n ? start + kSumBlock : n;
     double block = x[start];
-    for (int k = start + 1; k < stop; ++k) block += x[k];
+    for (int k = start + 1; k < stop; ++k)
+      block += x[k];
     total = start == 0 ? block : total + block;
   }
   return total;
 }
 
 creal_T sum(const creal_T* x, int n) {
-  if (n <= 0) return creal_T{0.0, 0.0};
+  if (n <= 0)
+    return creal_T{0.0, 0.0};
   creal_T total{0.0, 0.0};
   for (int start = 0; start < n; start += kSumBlock) {
     const int stop = start + kSumBlock < n ? start + kSumBlock : n;
@@ -45,7 +48,8 @@ creal_T sum(const creal_T* x, int n) {
 }
 
 double mean(const double* x, int n) {
-  if (n <= 0) return std::numeric_limits<double>::quiet_NaN();
+  if (n <= 0)
+    return std::numeric_limits<double>::quiet_NaN();
   return sum(x, n) / static_cast<double>(n);
 }
 
@@ -58,7 +62,8 @@ double nanmean(const double* x, int n) {
       ++count;
     }
   }
-  if (count == 0) return std::numeric_limits<double>::quiet_NaN();
+  if (count == 0)
+    return std::numeric_limits<double>::quiet_NaN();
   return total / static_cast<double>(count);
 }
 

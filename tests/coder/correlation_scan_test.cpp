@@ -65,8 +65,8 @@ creal_T exactSum(const std::vector<creal_T>& y, double dt, int first_phase, doub
   long double s_re = 0.0L;
   long double s_im = 0.0L;
   for (size_t k = 0; k < y.size(); ++k) {
-    const long double cycles = static_cast<long double>(f) * dt *
-                               (static_cast<long double>(k) + first_phase);
+    const long double cycles =
+        static_cast<long double>(f) * dt * (static_cast<long double>(k) + first_phase);
     const long double q = two_pi * (cycles - std::nearbyint(cycles));
     const long double c = std::cos(q);
     const long double s = std::sin(q);
@@ -78,7 +78,8 @@ creal_T exactSum(const std::vector<creal_T>& y, double dt, int first_phase, doub
 
 double absSum(const std::vector<creal_T>& y) {
   double s = 0.0;
-  for (const creal_T& v : y) s += std::hypot(v.re, v.im);
+  for (const creal_T& v : y)
+    s += std::hypot(v.re, v.im);
   return s;
 }
 
@@ -95,7 +96,8 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
     for (int i = 0; i < c.m; i += (c.m > 50 ? 13 : 1)) {
       const creal_T want = exactSum(y, c.dt, c.first_phase, c.f0 + i * c.step);
       const double err = std::hypot(fast[static_cast<size_t>(i)].re - want.re,
-                                    fast[static_cast<size_t>(i)].im - want.im) / scale;
+                                    fast[static_cast<size_t>(i)].im - want.im) /
+                         scale;
       worst = std::max(worst, err);
       ASSERT_LE(err, kScanBound) << "grid point " << i;
     }
@@ -106,11 +108,13 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
 
 TEST(CorrelationScan, AgreesWithDirectDoubleFormAtEveryGridPoint) {
   for (const Case& c : kCases) {
-    if (static_cast<double>(c.n) * c.m > 3.5e6) continue;  // the slow form, on the mid-size grids
+    if (static_cast<double>(c.n) * c.m > 3.5e6)
+      continue; // the slow form, on the mid-size grids
     SCOPED_TRACE(c.what);
     const std::vector<creal_T> y = testSignal(c.n, c.dt, 5U);
     std::vector<double> freqs(static_cast<size_t>(c.m));
-    for (int i = 0; i < c.m; ++i) freqs[static_cast<size_t>(i)] = c.f0 + i * c.step;
+    for (int i = 0; i < c.m; ++i)
+      freqs[static_cast<size_t>(i)] = c.f0 + i * c.step;
     std::vector<creal_T> fast(freqs.size());
     std::vector<creal_T> direct(freqs.size());
     coder::correlation_scan(y.data(), c.n, c.dt, c.first_phase, freqs.data(), c.m, fast.data());
@@ -127,7 +131,8 @@ TEST(CorrelationScan, AgreesWithDirectDoubleFormAtEveryGridPoint) {
     // norm-wise: the largest sum of the scan is of the order of sum|y| when a line is inside
     const double scale = absSum(y);
     double err = 0.0;
-    for (size_t i = 0; i < got.size(); ++i) err = std::max(err, std::fabs(got[i] - want[i]));
+    for (size_t i = 0; i < got.size(); ++i)
+      err = std::max(err, std::fabs(got[i] - want[i]));
     EXPECT_LE(err / scale, kDirectBound);
   }
 }
@@ -142,7 +147,7 @@ TEST(CorrelationScan, RealSignalMatchesComplexWithZeroImaginary) {
     x[static_cast<size_t>(k)] = noise(gen);
     z[static_cast<size_t>(k)] = creal_T{x[static_cast<size_t>(k)], 0.0};
   }
-  const int m = 81;  // not a multiple of the lane count, so the idle lanes are exercised
+  const int m = 81; // not a multiple of the lane count, so the idle lanes are exercised
   std::vector<creal_T> a(m);
   std::vector<creal_T> b(m);
   coder::correlation_scan_grid(x.data(), n, 0.002, 1, 10.0, 0.1, m, a.data());
@@ -162,7 +167,8 @@ TEST(CorrelationScan, PureToneGivesItsAmplitudeAtItsFrequency) {
   const double dt = 0.002;
   const double f = 50.0;
   std::vector<double> x(n);
-  for (int k = 0; k < n; ++k) x[static_cast<size_t>(k)] = 3.0 * std::cos(2.0 * M_PI * f * (k + 1) * dt);
+  for (int k = 0; k < n; ++k)
+    x[static_cast<size_t>(k)] = 3.0 * std::cos(2.0 * M_PI * f * (k + 1) * dt);
   creal_T s1;
   creal_T s0;
   const double freq = f;
@@ -182,11 +188,12 @@ TEST(CorrelationScan, NonFiniteAndEmptyInputs) {
   const double freqs[3] = {1.0, NAN, 2.0};
   creal_T out[3];
   coder::correlation_scan(x.data(), 4, 0.01, 1, freqs, 3, out);
-  for (const creal_T& s : out) EXPECT_TRUE(std::isnan(s.re) || std::isnan(s.im));
+  for (const creal_T& s : out)
+    EXPECT_TRUE(std::isnan(s.re) || std::isnan(s.im));
   x[2] = 3.0;
   coder::correlation_scan(x.data(), 4, 0.01, 1, freqs, 3, out);
   EXPECT_FALSE(std::isnan(out[0].re));
-  EXPECT_TRUE(std::isnan(out[1].re));  // a NaN frequency spoils only its own sum
+  EXPECT_TRUE(std::isnan(out[1].re)); // a NaN frequency spoils only its own sum
   EXPECT_FALSE(std::isnan(out[2].re));
   coder::correlation_scan(x.data(), 0, 0.01, 1, freqs, 3, out);
   EXPECT_EQ(out[0].re, 0.0);

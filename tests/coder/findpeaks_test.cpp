@@ -67,7 +67,8 @@ TEST(FindPeaks, LineInAScanIsFoundAtItsMaximum) {
   ASSERT_FALSE(p.locs.empty());
   EXPECT_EQ(p.locs[0], 174.0);
   EXPECT_EQ(p.pks[0], 1.0);
-  for (size_t k = 1; k < p.pks.size(); ++k) EXPECT_LE(p.pks[k], p.pks[k - 1]);
+  for (size_t k = 1; k < p.pks.size(); ++k)
+    EXPECT_LE(p.pks[k], p.pks[k - 1]);
 }
 
 } // namespace

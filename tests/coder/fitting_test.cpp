@@ -63,7 +63,8 @@ TEST(Polyfit, RankDeficientGivesBasicSolutionWithZeros) {
   double mu[2];
   coder::polyfit(t.data(), x.data(), 3, 3, p, nullptr, mu);
   int zeros = 0;
-  for (double c : p) zeros += c == 0.0 ? 1 : 0;
+  for (double c : p)
+    zeros += c == 0.0 ? 1 : 0;
   EXPECT_EQ(zeros, 1);
   std::vector<double> back(3);
   coder::polyval(p, t.data(), 3, mu, back.data());
@@ -73,7 +74,8 @@ TEST(Polyfit, RankDeficientGivesBasicSolutionWithZeros) {
   const std::vector<double> y = {1.0, 2.0, 3.0, 4.0, 5.0};
   coder::polyfit(same.data(), y.data(), 5, 3, p, nullptr, mu);
   EXPECT_EQ(mu[1], 0.0);
-  for (double c : p) EXPECT_TRUE(std::isnan(c));
+  for (double c : p)
+    EXPECT_TRUE(std::isnan(c));
 }
 
 TEST(Mldivide, QrAgreesWithNormalEquationsAndLuSolvesSquare) {
@@ -81,12 +83,15 @@ TEST(Mldivide, QrAgreesWithNormalEquationsAndLuSolvesSquare) {
   std::uniform_real_distribution<double> u(-1.0, 1.0);
   for (int m : {2, 3, 5, 8, 13}) {
     for (int n : {1, 2, 3}) {
-      if (n >= m) continue;
+      if (n >= m)
+        continue;
       SCOPED_TRACE("m = " + std::to_string(m) + ", n = " + std::to_string(n));
       std::vector<double> a(static_cast<size_t>(m * n));
       std::vector<double> b(static_cast<size_t>(m));
-      for (double& v : a) v = u(gen);
-      for (double& v : b) v = u(gen);
+      for (double& v : a)
+        v = u(gen);
+      for (double& v : b)
+        v = u(gen);
       std::vector<double> x(static_cast<size_t>(n));
       int rank = 0;
       coder::qrsolve(a.data(), m, n, b.data(), x.data(), &rank);
@@ -97,25 +102,31 @@ TEST(Mldivide, QrAgreesWithNormalEquationsAndLuSolvesSquare) {
         for (int j = 0; j < n; ++j) {
           for (int k = 0; k < m; ++k) {
             g[static_cast<size_t>(i * (n + 1) + j)] +=
-                static_cast<long double>(a[static_cast<size_t>(k + i * m)]) * a[static_cast<size_t>(k + j * m)];
+                static_cast<long double>(a[static_cast<size_t>(k + i * m)]) *
+                a[static_cast<size_t>(k + j * m)];
           }
         }
         for (int k = 0; k < m; ++k) {
           g[static_cast<size_t>(i * (n + 1) + n)] +=
-              static_cast<long double>(a[static_cast<size_t>(k + i * m)]) * b[static_cast<size_t>(k)];
+              static_cast<long double>(a[static_cast<size_t>(k + i * m)]) *
+              b[static_cast<size_t>(k)];
         }
       }
       for (int c = 0; c < n; ++c) {
         for (int r = c + 1; r < n; ++r) {
-          const long double f = g[static_cast<size_t>(r * (n + 1) + c)] / g[static_cast<size_t>(c * (n + 1) + c)];
-          for (int j = c; j <= n; ++j) g[static_cast<size_t>(r * (n + 1) + j)] -= f * g[static_cast<size_t>(c * (n + 1) + j)];
+          const long double f =
+              g[static_cast<size_t>(r * (n + 1) + c)] / g[static_cast<size_t>(c * (n + 1) + c)];
+          for (int j = c; j <= n; ++j)
+            g[static_cast<size_t>(r * (n + 1) + j)] -= f * g[static_cast<size_t>(c * (n + 1) + j)];
         }
       }
       std::vector<double> want(static_cast<size_t>(n));
       for (int r = n - 1; r >= 0; --r) {
         long double v = g[static_cast<size_t>(r * (n + 1) + n)];
-        for (int j = r + 1; j < n; ++j) v -= g[static_cast<size_t>(r * (n + 1) + j)] * want[static_cast<size_t>(j)];
-        want[static_cast<size_t>(r)] = static_cast<double>(v / g[static_cast<size_t>(r * (n + 1) + r)]);
+        for (int j = r + 1; j < n; ++j)
+          v -= g[static_cast<size_t>(r * (n + 1) + j)] * want[static_cast<size_t>(j)];
+        want[static_cast<size_t>(r)] =
+            static_cast<double>(v / g[static_cast<size_t>(r * (n + 1) + r)]);
       }
       EXPECT_TRUE(vek_test::closeRelative(x, want, kLstsqTol));
     }
@@ -150,7 +161,8 @@ TEST(Interp1, MatchesOctaveLinearWithNaNOutside) {
     EXPECT_TRUE(vek_test::closeElementwise(vq, g["vq" + s], kInterpTol, 1.0));
     // knots reproduce the data exactly
     for (int k = 0; k < n; ++k) {
-      EXPECT_EQ(vq[xq.size() - static_cast<size_t>(n) + static_cast<size_t>(k)], v[static_cast<size_t>(k)]);
+      EXPECT_EQ(vq[xq.size() - static_cast<size_t>(n) + static_cast<size_t>(k)],
+                v[static_cast<size_t>(k)]);
     }
   }
   // decreasing abscissae are flipped with the values

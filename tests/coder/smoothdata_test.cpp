@@ -41,11 +41,14 @@ TEST(Pchip, MatchesOctaveWithExtrapolation) {
   const std::vector<double> x = {0, 1, 2, 3, 4};
   const std::vector<double> v = {0, 1, 1, 5, 5.5};
   std::vector<double> q;
-  for (int k = 0; k <= 400; ++k) q.push_back(k / 100.0);
+  for (int k = 0; k <= 400; ++k)
+    q.push_back(k / 100.0);
   std::vector<double> out(q.size());
   coder::pchip(x.data(), v.data(), 5, q.data(), static_cast<int>(q.size()), out.data());
-  for (size_t k = 1; k < out.size(); ++k) EXPECT_GE(out[k], out[k - 1]) << q[k];
-  for (size_t k = 100; k <= 200; ++k) EXPECT_EQ(out[k], 1.0) << q[k];
+  for (size_t k = 1; k < out.size(); ++k)
+    EXPECT_GE(out[k], out[k - 1]) << q[k];
+  for (size_t k = 100; k <= 200; ++k)
+    EXPECT_EQ(out[k], 1.0) << q[k];
 }
 
 TEST(Smoothdata, MatchesIndependentTranscriptionOfTheRules) {
@@ -102,8 +105,7 @@ TEST(Smoothdata, UnevenStampsShiftEndWindowsLikeTheUniformRule) {
     std::vector<double> nudged(t);
     nudged[7] = std::nextafter(nudged[7], 1e9);
     std::vector<double> uneven(a.size());
-    coder::internal::localRegression(a.data(), nudged.data(), n, samples * 600.0,
-                                     uneven.data());
+    coder::internal::localRegression(a.data(), nudged.data(), n, samples * 600.0, uneven.data());
     EXPECT_TRUE(vek_test::closeRelative(uneven, uniform, 1e-12));
   }
 }
@@ -128,7 +130,8 @@ TEST(Smoothdata, SmallWindowsAndMissingValues) {
   std::vector<double> tl = {0, 1, 2, 3, 4, 5, 6, 7};
   std::vector<double> out(line.size());
   coder::internal::localRegression(line.data(), tl.data(), 8, 6.0, out.data());
-  for (size_t k = 0; k < out.size(); ++k) EXPECT_NEAR(out[k], static_cast<double>(k + 1), 1e-12) << k;
+  for (size_t k = 0; k < out.size(); ++k)
+    EXPECT_NEAR(out[k], static_cast<double>(k + 1), 1e-12) << k;
   double one = 3.5;
   double res = 0.0;
   coder::smoothdata(&one, &one, 1, &res);
@@ -136,7 +139,8 @@ TEST(Smoothdata, SmallWindowsAndMissingValues) {
   // constant data: no spectral bin exceeds the share, the window is one step
   const std::vector<double> flat(10, 2.0);
   std::vector<double> tf(10);
-  for (int k = 0; k < 10; ++k) tf[static_cast<size_t>(k)] = 600.0 * k;
+  for (int k = 0; k < 10; ++k)
+    tf[static_cast<size_t>(k)] = 600.0 * k;
   EXPECT_EQ(coder::internal::chooseWindowSize(flat.data(), tf.data(), 10), 600.0);
   // two rows with one time stamp: no resampling over repeated abscissae, the heuristic runs
   // on the values as they stand, scaled by the mean step, and the smoothing still runs
@@ -147,7 +151,8 @@ TEST(Smoothdata, SmallWindowsAndMissingValues) {
   std::vector<double> tp = tf;
   EXPECT_EQ(w, coder::internal::chooseWindowSize(ad.data(), tp.data(), 10));
   coder::smoothdata(ad.data(), td.data(), 10, plain.data());
-  for (double v : plain) EXPECT_TRUE(std::isfinite(v));
+  for (double v : plain)
+    EXPECT_TRUE(std::isfinite(v));
 }
 
 } // namespace

@@ -34,7 +34,8 @@ TEST(SortRows, MatchesOctaveDescendingStableNaNFirst) {
         EXPECT_EQ(b[k], want[k]) << k;
       }
     }
-    for (int i = 0; i < m; ++i) EXPECT_EQ(idx[static_cast<size_t>(i)], g["idx" + s][static_cast<size_t>(i)]);
+    for (int i = 0; i < m; ++i)
+      EXPECT_EQ(idx[static_cast<size_t>(i)], g["idx" + s][static_cast<size_t>(i)]);
   }
 }
 
@@ -43,7 +44,8 @@ TEST(Sort, AscendingStableNaNLast) {
   std::vector<int> idx(x.size());
   coder::internal::sort(x.data(), 7, idx.data());
   const std::vector<double> want = {-kInf, -0.5, 1.0, 3.0, 3.0, kInf};
-  for (size_t k = 0; k < want.size(); ++k) EXPECT_EQ(x[k], want[k]);
+  for (size_t k = 0; k < want.size(); ++k)
+    EXPECT_EQ(x[k], want[k]);
   EXPECT_TRUE(std::isnan(x[6]));
   const std::vector<int> want_idx = {3, 7, 4, 1, 5, 6, 2};
   EXPECT_EQ(idx, want_idx);

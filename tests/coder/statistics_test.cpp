@@ -42,21 +42,19 @@ TEST(Statistics, MatchOctaveOverSizes) {
     EXPECT_TRUE(vek_test::closeRelative({coder::sum(x.data(), n)}, g["sum" + s], kSumTol));
     EXPECT_TRUE(vek_test::closeRelative({coder::mean(x.data(), n)}, g["mean" + s], kSumTol));
     EXPECT_TRUE(vek_test::closeRelative({coder::b_std(x.data(), n)}, g["std" + s], kStdTol));
-    EXPECT_TRUE(
-        vek_test::closeRelative({coder::median(x.data(), n)}, g["median" + s], kMedianTol));
+    EXPECT_TRUE(vek_test::closeRelative({coder::median(x.data(), n)}, g["median" + s], kMedianTol));
     // max - min of the same elements: exact
     EXPECT_EQ(coder::peak2peak(x.data(), n), g["peak2peak" + s][0]);
     if (n >= 2) {
-      EXPECT_TRUE(vek_test::closeRelative({coder::kurtosis(x.data(), n)}, g["kurtosis" + s],
-                                          kMomentTol));
-      EXPECT_TRUE(vek_test::closeRelative({coder::skewness(x.data(), n)}, g["skewness" + s],
-                                          kMomentTol));
+      EXPECT_TRUE(
+          vek_test::closeRelative({coder::kurtosis(x.data(), n)}, g["kurtosis" + s], kMomentTol));
+      EXPECT_TRUE(
+          vek_test::closeRelative({coder::skewness(x.data(), n)}, g["skewness" + s], kMomentTol));
     }
     const std::vector<double>& xn = g["xnan" + s];
+    EXPECT_TRUE(vek_test::closeRelative({coder::nanmean(xn.data(), n)}, g["nanmean" + s], kSumTol));
     EXPECT_TRUE(
-        vek_test::closeRelative({coder::nanmean(xn.data(), n)}, g["nanmean" + s], kSumTol));
-    EXPECT_TRUE(vek_test::closeRelative({coder::peak2peak(xn.data(), n)}, g["peak2peaknan" + s],
-                                        0.0));
+        vek_test::closeRelative({coder::peak2peak(xn.data(), n)}, g["peak2peaknan" + s], 0.0));
     // 'includenan' routines: one NaN spoils the result
     EXPECT_TRUE(std::isnan(coder::b_std(xn.data(), n)));
     EXPECT_TRUE(std::isnan(coder::median(xn.data(), n)));

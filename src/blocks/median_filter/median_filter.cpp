@@ -9,7 +9,8 @@ void median_filter(const coder::array<double, 2>& x, coder::array<double, 2>& y)
   constexpr int kWindow = 10;
   y.set_size(x.size(0), x.size(1));
   const int n = x.numel();
-  if (n == 0) return;
+  if (n == 0)
+    return;
   // Local to the call: the loop and a recalculation job may run the block at once.
   SortedBuffer window;
   window.insert(x[0]);
