@@ -18,7 +18,8 @@ void hanning(int n, array<double, 1>& w);
 // MATLAB w = kaiser(n, beta): w(k) = I0(beta * sqrt(1 - (2 x / (n-1))^2)) / I0(beta), x the
 // distance of sample k from the centre, I0 the modified Bessel function of the first kind
 // of order 0. Half is computed and mirrored; n = 1 gives 1, n <= 0 an empty column. The THD
-// measurement uses beta = 38.
+// measurement uses beta = 38. Windows are kept once made (up to 32 of them), so a repeated
+// length costs a copy.
 void kaiser(int n, double beta, array<double, 1>& w);
 
 namespace internal {

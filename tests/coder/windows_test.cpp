@@ -65,6 +65,14 @@ TEST(Windows, SymmetryAndHandWorkedValues) {
   // I0(1) = 1.26606587775200833559824462521471753760767031135496...; the series rounds to
   // the nearest double.
   EXPECT_EQ(coder::internal::besselI0(1.0), 1.2660658777520084);
+  // A kept window is handed out again unchanged; a NaN shape parameter gives NaN samples.
+  coder::array<double, 1> again;
+  coder::kaiser(40960, 38.0, again);
+  coder::kaiser(40960, 38.0, w);
+  EXPECT_EQ(toVector(again), toVector(w));
+  coder::kaiser(3, std::nan(""), w);
+  EXPECT_TRUE(std::isnan(w[0]));
+  EXPECT_TRUE(std::isinf(coder::internal::besselI0(-HUGE_VAL)));
   coder::tukeywin(0, w);
   EXPECT_EQ(w.numel(), 0);
   coder::hanning(-3, w);
