@@ -1,0 +1,32 @@
+// The adapters between the measurement and the vibration and electrical math blocks. The
+// blocks are wired in with their own adapters; until a block is, its modules' rows pass the
+// dispatch and yield no result, which the loop treats as a computation that found nothing.
+#include "pipeline/DataParsing.h"
+
+bool DataParsing::computeModule1(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule3(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule5(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule6(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule6_single(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule7(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule10(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule101(DataMotor*, DataBearing*) {
+  return false;
+}
+bool DataParsing::computeModule102(DataMotor*, DataBearing*) {
+  return false;
+}
