@@ -47,6 +47,28 @@ TEST(EmlFloatColon, CountAndEndsOfTheScanRanges) {
   EXPECT_EQ(y[2], 1.0);
 }
 
+TEST(EmlFloatColon, BlockStepsOverWholeSpansReachTheirEndExactly) {
+  // The scans' ranges span whole numbers of steps between rounded frequencies: the count
+  // must be that number plus one and the last point the upper bound itself, whatever the
+  // rounding of the bounds; every point lies within a few ulp of a + k d.
+  coder::array<double, 2> y;
+  for (double d : {0.001, 0.002, 0.005, 0.01, 0.015, 0.1}) {
+    for (int steps : {1, 2, 3, 50, 101, 400, 5400}) {
+      for (double a : {0.0, 0.4 * 24.37, 3.0, 47.0, 49.6, 117.31}) {
+        SCOPED_TRACE(testing::Message() << a << ":" << d << ":" << steps);
+        const double b = a + steps * d;
+        coder::eml_float_colon(a, d, b, y);
+        ASSERT_EQ(y.size(1), steps + 1);
+        EXPECT_EQ(y[0], a);
+        EXPECT_EQ(y[steps], b);
+        for (int k = 0; k <= steps; ++k) {
+          ASSERT_NEAR(y[k], a + k * d, 8.0 * 2.220446049250313e-16 * std::fmax(std::fabs(a), std::fabs(b)) + 1e-300);
+        }
+      }
+    }
+  }
+}
+
 TEST(EmlFloatColon, NaNEmptyAndInfiniteRanges) {
   coder::array<double, 2> y;
   coder::eml_float_colon(rtNaN, 0.01, 1.0, y);

@@ -24,11 +24,11 @@ TEST(Envspectrum, MatchesTheOctaveTranscription) {
   for (int c = 1; c <= 6; ++c) {
     const std::string s = std::to_string(c);
     SCOPED_TRACE(s);
-    const auto& spec = golden["case_" + s];
-    const double fs = spec[0];
-    const int n = static_cast<int>(spec[1]);
+    const auto& setup = golden["case_" + s];
+    const double fs = setup[0];
+    const int n = static_cast<int>(setup[1]);
     const auto x = golden.has("x_" + s) ? golden["x_" + s]
-                                        : lcgSignal(static_cast<int>(spec[3]), n);
+                                        : lcgSignal(static_cast<int>(setup[3]), n);
     coder::array<double, 1> es;
     coder::array<double, 1> f;
     coder::array<double, 1> env;

@@ -116,9 +116,9 @@ TEST(Fir1, BandPassMatchesThePublishedStepsAndUnitCentreGain) {
   constexpr double kFir1Tol = 1e-14;
   for (int c = 1; c <= 5; ++c) {
     SCOPED_TRACE(c);
-    const auto& spec = golden["case_" + std::to_string(c)];
+    const auto& setup = golden["case_" + std::to_string(c)];
     coder::array<double, 2> b;
-    coder::fir1(static_cast<int>(spec[0]), spec[1], spec[2], b);
+    coder::fir1(static_cast<int>(setup[0]), setup[1], setup[2], b);
     worst.expect(closeRelative(toVector(b), golden["b_" + std::to_string(c)], kFir1Tol));
   }
   // Hand-worked anchors of fir1(50, [0.5 0.75]), the envelope band-pass: the end taps, the

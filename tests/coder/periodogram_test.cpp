@@ -26,13 +26,13 @@ TEST(Periodogram, WindowedAndDefaultFormsMatchOctave) {
   for (int c = 1; c <= 6; ++c) {
     const std::string s = std::to_string(c);
     SCOPED_TRACE(s);
-    const auto& spec = golden["case_" + s];
+    const auto& setup = golden["case_" + s];
     const auto x = toColumn(golden["x_" + s]);
     coder::array<double, 1> w;
     coder::kaiser(x.numel(), 38.0, w);
     coder::array<double, 1> P;
     coder::array<double, 1> F;
-    coder::periodogram(x, w, static_cast<int>(spec[1]), spec[2], P, F);
+    coder::periodogram(x, w, static_cast<int>(setup[1]), setup[2], P, F);
     worst_p.expect(closeRelative(toVector(P), golden["P_" + s], kPsdTol));
     worst_f.expect(closeRelative(toVector(F), golden["F_" + s], kGridTol));
   }

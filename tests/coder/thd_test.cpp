@@ -40,15 +40,15 @@ TEST(Thd, MatchesTheOctaveReference) {
   for (int c = 1; c <= 6; ++c) {
     const std::string s = std::to_string(c);
     SCOPED_TRACE(s);
-    const auto& spec = golden["case_" + s];
-    const double fs = spec[0];
-    const int n = static_cast<int>(spec[1]);
+    const auto& setup = golden["case_" + s];
+    const double fs = setup[0];
+    const int n = static_cast<int>(setup[1]);
     const auto x = golden.has("x_" + s)
                        ? golden["x_" + s]
-                       : supplySignal(fs, n, spec[2], static_cast<int>(spec[4]));
+                       : supplySignal(fs, n, setup[2], static_cast<int>(setup[4]));
     coder::array<double, 1> harmpow;
     coder::array<double, 1> harmfreq;
-    const double r = coder::thd(toRow(x), fs, static_cast<int>(spec[3]), harmpow, harmfreq);
+    const double r = coder::thd(toRow(x), fs, static_cast<int>(setup[3]), harmpow, harmfreq);
     worst.expect(closeRelative({r}, golden["r_" + s], kThdTol));
     worst.expect(closeRelative(toVector(harmpow), golden["harmpow_" + s], kThdTol));
     worst.expect(closeRelative(toVector(harmfreq), golden["harmfreq_" + s], kThdTol));
