@@ -31,6 +31,13 @@ public:
   // no_channels; a channel without a machine leaves id 0. Store failures pass through.
   void readAggregate();
 
+  // Reduces the statuses of every control point of the machine, weighted by significance, to
+  // status (the mean) and status_max (the largest), and raises message "30" when the decisive
+  // one reaches 1.5 (type 2) or 2.5 (type 3). Store failures pass through.
+  void calculateStatus();
+  // Stores status in STATUS_AGGREGATE at the measurement's date and logs it.
+  void writeStatus();
+
   long source = 0;
   bool no_channels = false;  // the module has no channels: the caller skips the measurement
   bool no_aggregate = false; // reserved; stays false
