@@ -186,6 +186,22 @@ TEST_F(CalculationTest, EmptyArrayKeepsANumericSetting) {
   EXPECT_EQ(enabled(calculation, 9), (std::vector<long>{2, 5, 8}));
 }
 
+TEST_F(CalculationTest, PeriodsBeyondTheMillisecondRangeWrapAsThe32BitTimerDoes) {
+  PlantBuilder plant;
+  plant.add(InstanceRow(1).settings(
+      "{\"analyze_module\": 3000000, \"control_task\": 2147483, \"middle\": 4294967297}"));
+  plant.insert(sql());
+  Calculation calculation(&store(), 1);
+  calculation.readVekSettings();
+  EXPECT_EQ(calculation.getIntervalAnalyzeModule(), -1294967296) << "3e9 modulo 2^32";
+  EXPECT_EQ(calculation.getIntervalControlTask(), 2147483000) << "the largest period that fits";
+  EXPECT_EQ(calculation.getMiddle(), 1);
+  setSettings(1, "{\"analyze_module\": 10000000000000000}");
+  calculation.readVekSettings();
+  EXPECT_EQ(calculation.getIntervalAnalyzeModule(), -1981284352)
+      << "the product beyond 64 bits wraps too, instead of being undefined";
+}
+
 TEST_F(CalculationTest, DivisionRules) {
   Calculation calculation(&store(), 1);
   EXPECT_EQ(enabled(calculation, 5).size(), 5u) << "before any settings every module is held";
