@@ -3,12 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "equipment/Aggregate.h"
 #include "equipment/DataBearing.h"
 #include "equipment/DataMotor.h"
 #include "equipment/Module.h"
 #include "equipment/Visualization.h"
 #include "support/PlantBuilder.h"
 #include "support/StoreTest.h"
+#include "support/TypicalPlant.h"
 
 namespace {
 
@@ -290,6 +292,42 @@ TEST_F(VisualizationTest, ReadDataReplacesTheRowsWithWhatIsStoredNow) {
   const Visualization empty(&store(), 99);
   EXPECT_TRUE(empty.visualizations.empty());
   EXPECT_TRUE(empty.verify());
+}
+
+class TypicalPlantTest : public StoreTest {};
+
+TEST_F(TypicalPlantTest, EveryModuleReadsAsAValidModuleOnItsOwnMachine) {
+  PlantBuilder builder;
+  TypicalPlant shape;
+  shape.machines = 3;
+  shape.measurements = 1;
+  shape.samples = 16;
+  addTypicalPlant(builder, shape);
+  builder.insert(sql());
+
+  for (int m = 1; m <= shape.machines; ++m) {
+    SCOPED_TRACE(m);
+    const long source = 1000 + m;
+    Module module(&store(), source);
+    EXPECT_TRUE(module.readData());
+    EXPECT_EQ(module.aggregate_id, m);
+    EXPECT_EQ(module.organization_alias, "plant");
+    EXPECT_EQ(module.utc_value, "+3:00");
+
+    const Aggregate aggregate(&store(), source, &log(), shape.start, nullptr);
+    EXPECT_EQ(aggregate.id, m);
+    ASSERT_EQ(aggregate.control_points.size(), 1u);
+    const control_point& point = aggregate.control_points[0];
+    EXPECT_EQ(point.id, 10 * m + 1);
+    EXPECT_EQ(point.channel_ids, std::vector<int>{100 * m});
+    EXPECT_TRUE(DataMotor(&store(), point.motor_id).valid);
+    ASSERT_EQ(point.bearing_ids.size(), 1u);
+    EXPECT_TRUE(DataBearing(&store(), point.bearing_ids[0]).valid);
+
+    const Visualization visualization(&store(), source);
+    EXPECT_EQ(visualization.getData({1}, 100 * m, 10 * m + 1).size(), 8u);
+    EXPECT_EQ(visualization.getData({2}, 100 * m, 10 * m + 1).size(), 3u);
+  }
 }
 
 } // namespace

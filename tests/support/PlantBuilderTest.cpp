@@ -2,6 +2,7 @@
 // the modules' data layout and the service's own settings readers; its rows against the store.
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <map>
@@ -12,6 +13,7 @@
 #include "records/settings_parsers.h"
 #include "support/PlantBuilder.h"
 #include "support/StoreTest.h"
+#include "support/TypicalPlant.h"
 
 namespace {
 
@@ -256,6 +258,62 @@ TEST_F(PlantBuilderTest, SqlTextBuildsTheSameRows) {
   EXPECT_EQ(params[0].name, "ku_vx");
   EXPECT_EQ(params[0].value, 1.25f);
   EXPECT_EQ(params[0].type_settings, 1);
+}
+
+// The whole standard output of a command.
+std::string commandOutput(const std::string& command) {
+  std::string output;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) {
+    return output;
+  }
+  char buffer[65536];
+  std::size_t got = 0;
+  while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) {
+    output.append(buffer, got);
+  }
+  pclose(pipe);
+  return output;
+}
+
+TEST_F(PlantBuilderTest, TypicalPlantLoadsFromTheToolsSqlText) {
+  TypicalPlant shape;
+  shape.machines = 2;
+  shape.measurements = 2;
+  shape.samples = 64;
+  shape.first_measurement_id = 101;
+  shape.start = "2024-05-01 23:55:00";
+  PlantBuilder builder;
+  addTypicalPlant(builder, shape);
+
+  const std::string text =
+      commandOutput(std::string(VEK_PLANT_SQL) + " --machines 2 --measurements 2 --samples 64 "
+                                                 "--first-id 101 --start '2024-05-01 23:55:00'");
+  EXPECT_EQ(text, builder.sql()) << "the tool prints what the builder holds";
+  exec(text);
+
+  EXPECT_EQ(scalar("SELECT COUNT(*) || ' ' || MIN(id) || ' ' || MAX(id) FROM param_info"),
+            "12 101 112");
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM fu_raw"), "28") << "six vibration pieces and T_CASE";
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM visualization"), "22");
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM observed_param"), "11");
+  EXPECT_EQ(scalar("SELECT string_agg(DISTINCT receipt_date::text, ' ') FROM param_info"),
+            "2024-05-01 23:55:00 2024-05-02 00:05:00");
+  std::vector<raw> pieces;
+  store().readRaw(101, pieces);
+  ASSERT_EQ(pieces.size(), 6u);
+  for (const auto& piece : pieces) {
+    SCOPED_TRACE(piece.sub_channel);
+    const std::size_t samples = piece.param_type_id == 2 ? 64 : 16;
+    EXPECT_EQ(piece.data.size(), 2 + 4 * samples);
+    EXPECT_EQ(json_parse_settings_raw(piece.settings).count("fd"), 1u);
+  }
+  param_info telemetry;
+  store().readParamInfo(103, telemetry);
+  EXPECT_EQ(telemetry.type_param, 0);
+  EXPECT_EQ(telemetry.tu_error, "36;-70;3;36");
+
+  EXPECT_NE(commandOutput(std::string(VEK_PLANT_SQL) + " --machines x 2>&1"), "");
 }
 
 } // namespace
