@@ -63,15 +63,15 @@ void Status::readData(std::vector<visualization> list) {
     // reading does not turn a machine orange.
     const bool use_middle = control_point_id != 0 && row.middle == 1;
     if (!recalculation) {
-      parameter.value = static_cast<float>(use_middle ? row.latest_middle_value
-                                                      : row.latest_raw_value);
+      parameter.value =
+          static_cast<float>(use_middle ? row.latest_middle_value : row.latest_raw_value);
     } else {
       // A recalculated stretch is judged on the history as it stood at this measurement, not
       // on what the display shows now.
       const std::string id = std::to_string(row.id);
       std::vector<std::vector<double>> table;
-      db->readDataTable("SELECT " + std::string(use_middle ? "MIDDLE" : "VALUE") +
-                            " FROM RESULT_" + id + " WHERE VISUALIZATION_ID = " + id +
+      db->readDataTable("SELECT " + std::string(use_middle ? "MIDDLE" : "VALUE") + " FROM RESULT_" +
+                            id + " WHERE VISUALIZATION_ID = " + id +
                             " AND PARAM_INFO_ID <= " + std::to_string(param_info_id) +
                             " AND STATUS_CALC = 0 ORDER BY PARAM_INFO_ID DESC LIMIT 1",
                         table);
@@ -116,8 +116,7 @@ void Status::calculateStatus() {
             color_invers(parameter.value, parameter.green, parameter.yellow, parameter.orange);
       }
     }
-    parameter.weighted =
-        static_cast<float>(parameter.color) * (parameter.kz * parameter.active);
+    parameter.weighted = static_cast<float>(parameter.color) * (parameter.kz * parameter.active);
     if (static_cast<double>(parameter.weighted) > kLeastWeightedColor) {
       status += parameter.weighted;
       ++counted;
@@ -185,11 +184,10 @@ std::string Status::statusText(float value) {
 std::string Status::print() const {
   std::string text = "calculate status:\n";
   for (const auto& [name, parameter] : parameters) {
-    text += name + " : " + statusText(parameter.green) + "/" + statusText(parameter.yellow) +
-            "/" + statusText(parameter.orange) + " : " + statusText(parameter.value) + " : " +
+    text += name + " : " + statusText(parameter.green) + "/" + statusText(parameter.yellow) + "/" +
+            statusText(parameter.orange) + " : " + statusText(parameter.value) + " : " +
             statusText(parameter.kz) + "*" + statusText(parameter.active) + "*" +
-            std::to_string(parameter.color) + " status: " + statusText(parameter.weighted) +
-            "\n";
+            std::to_string(parameter.color) + " status: " + statusText(parameter.weighted) + "\n";
   }
   text += "final status: " + statusText(status) + "\n";
   return text;

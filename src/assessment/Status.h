@@ -65,9 +65,9 @@ public:
   int channel_id = 0;
   int control_point_id = 0;
   bool recalculation = false;
-  std::string report;     // logged by the measurement object after reading; nothing fills it
-  bool has_data = true;   // false after readData of an empty list
-  float status = 0.0f;    // the mean of the weighted colours that count
+  std::string report;      // logged by the measurement object after reading; nothing fills it
+  bool has_data = true;    // false after readData of an empty list
+  float status = 0.0f;     // the mean of the weighted colours that count
   float status_max = 1.0f; // the largest weighted colour, never below 1.0
   std::map<std::string, data_status> parameters; // by visualization.name_param
 

@@ -99,9 +99,9 @@ void DataParsing::computeStatus(std::vector<visualization> list) {
             break;
           }
         }
-        db->notificationSave(code, source, receipt_date, 0, 0, "", type_message,
-                             organization_alias, recommendation, r.channel_id,
-                             r.control_point_id, r.has_raw_data, assessed.visualization_id);
+        db->notificationSave(code, source, receipt_date, 0, 0, "", type_message, organization_alias,
+                             recommendation, r.channel_id, r.control_point_id, r.has_raw_data,
+                             assessed.visualization_id);
       }
     }
   }

@@ -86,14 +86,15 @@ bool DataParsing::control_tu(std::vector<visualization> list) {
                         " AND receipt_date >= (TO_TIMESTAMP(" + quoted(receipt_date) +
                         ", 'yyyy-mm-dd hh24:mi:ss.ff6') - INTERVAL '01' DAY) ORDER BY "
                         "receipt_date ASC LIMIT 1");
-    if (day_value > 0 && static_cast<long long>(reset_count) > static_cast<long long>(day_value) + 1) {
+    if (day_value > 0 &&
+        static_cast<long long>(reset_count) > static_cast<long long>(day_value) + 1) {
       // Confirm with the module's previous telemetry row, so that one garbled count does not
       // report a reboot.
       int previous = 0;
-      const std::string last_block = db->getValueString(
-          "SELECT tu_error FROM param_info WHERE type_param = 0 AND source = " +
-          std::to_string(source) + " AND ID < " + std::to_string(param_info_id) +
-          " ORDER BY ID DESC LIMIT 1; ");
+      const std::string last_block =
+          db->getValueString("SELECT tu_error FROM param_info WHERE type_param = 0 AND source = " +
+                             std::to_string(source) + " AND ID < " + std::to_string(param_info_id) +
+                             " ORDER BY ID DESC LIMIT 1; ");
       if (!last_block.empty()) {
         std::vector<std::string> fields;
         parsing_tu(last_block, fields);
@@ -113,9 +114,9 @@ bool DataParsing::control_tu(std::vector<visualization> list) {
     if (rssi != tu_values.end() && rssi->second == 0) {
       // A signal of exactly zero is what a module sends after a restart; without a restart
       // the block is garbage.
-      const int last_value = db->getValueInt(
-          "SELECT VALUE FROM RESULT_BASE WHERE VISUALIZATION_ID = " + reset_text +
-          " ORDER BY receipt_date DESC LIMIT 1");
+      const int last_value =
+          db->getValueInt("SELECT VALUE FROM RESULT_BASE WHERE VISUALIZATION_ID = " + reset_text +
+                          " ORDER BY receipt_date DESC LIMIT 1");
       if (last_value == reset_count) {
         log->print("RSSI=0 error, RESET_COUNT did not change\n");
         error = true;
@@ -173,20 +174,23 @@ void DataParsing::write_tu_msg(std::vector<visualization> list) {
   result.status_vector = 0;
   result.has_raw_data = false;
 
-  // One parameter per visualization, in list order; a visualization of another place or of a
-  // value the block did not carry gives an unnamed parameter without a value, which the
-  // writers pass over.
+  // One parameter per visualization of this place whose value the block carried, in list
+  // order. A visualization of a value the block did not carry (a STATE display for a module
+  // that sends the semicolon block) writes nothing: its history has no place for "no reading",
+  // and a row for no visualization would be refused and take the battery and signal values
+  // of the row down with it.
   for (const visualization& row : list) {
-    result_param parameter;
     const auto value = tu_values.find(row.name_param);
-    if (row.channel_id == result_channel && row.control_point_id == result_point &&
-        value != tu_values.end()) {
-      parameter.name = row.name_param;
-      parameter.visualization_id = row.id;
-      parameter.value = static_cast<float>(value->second);
-      if (row.name_param == "RESET_COUNT" && value->second > kLargestShownResetCount) {
-        parameter.value = static_cast<float>(kLargestShownResetCount);
-      }
+    if (row.channel_id != result_channel || row.control_point_id != result_point ||
+        value == tu_values.end()) {
+      continue;
+    }
+    result_param parameter;
+    parameter.name = row.name_param;
+    parameter.visualization_id = row.id;
+    parameter.value = static_cast<float>(value->second);
+    if (row.name_param == "RESET_COUNT" && value->second > kLargestShownResetCount) {
+      parameter.value = static_cast<float>(kLargestShownResetCount);
     }
     result.result_params.push_back(parameter);
   }

@@ -78,8 +78,7 @@ void DataParsing::tu_threshold_control(std::vector<visualization> list) {
       std::vector<std::vector<double>> stored;
       db->readDataTable("SELECT VALUE FROM RESULT_BASE WHERE VISUALIZATION_ID = " +
                             std::to_string(row.id) + " AND PARAM_INFO_ID < " +
-                            std::to_string(param_info_id) +
-                            " ORDER BY PARAM_INFO_ID DESC LIMIT 2",
+                            std::to_string(param_info_id) + " ORDER BY PARAM_INFO_ID DESC LIMIT 2",
                         stored);
       if (stored.size() == kSignalLookBack && !stored[0].empty() && !stored[1].empty()) {
         const double p = stored[0].front();
@@ -122,7 +121,7 @@ void DataParsing::tu_threshold_control(std::vector<visualization> list) {
 void DataParsing::control_defects() {
   const int note_channel = point.channel_ids.empty() ? 0 : point.channel_ids.front();
   for (const auto& [defect, level] : defects) {
-    db->notificationSystemSave(std::to_string(kDefectCodeBase + defect), source, receipt_date, 0,
-                               0, "", level + 1, organization_alias, note_channel, point.id);
+    db->notificationSystemSave(std::to_string(kDefectCodeBase + defect), source, receipt_date, 0, 0,
+                               "", level + 1, organization_alias, note_channel, point.id);
   }
 }
