@@ -7,26 +7,31 @@ namespace coder {
 
 namespace internal {
 
+// Both kernels run in the generated code's axpy form: each input sample adds its products
+// with all taps to the outputs it reaches. Every output therefore sums its terms from the
+// oldest input sample on, as a per-output loop would, but the inner loop runs over
+// independent outputs and vectorises without reordering any sum.
 void firFilter(const double* b, int nb, const double* x, int nx, double* y) {
-  for (int k = 0; k < nx; ++k) {
-    const int first = k - std::min(k, nb - 1);
-    double acc = 0.0;
-    for (int i = first; i <= k; ++i) acc += b[k - i] * x[i];
-    y[k] = acc;
+  std::fill(y, y + nx, 0.0);
+  for (int i = 0; i < nx; ++i) {
+    const double xi = x[i];
+    const int reach = std::min(nb, nx - i);
+    double* yi = y + i;
+    for (int j = 0; j < reach; ++j) yi[j] += xi * b[j];
   }
 }
 
 void firFilter(const double* b, int nb, const creal_T* x, int nx, creal_T* y) {
-  for (int k = 0; k < nx; ++k) {
-    const int first = k - std::min(k, nb - 1);
-    double re = 0.0;
-    double im = 0.0;
-    for (int i = first; i <= k; ++i) {
-      re += b[k - i] * x[i].re;
-      im += b[k - i] * x[i].im;
+  for (int k = 0; k < nx; ++k) y[k] = creal_T{0.0, 0.0};
+  for (int i = 0; i < nx; ++i) {
+    const double re = x[i].re;
+    const double im = x[i].im;
+    const int reach = std::min(nb, nx - i);
+    creal_T* yi = y + i;
+    for (int j = 0; j < reach; ++j) {
+      yi[j].re += re * b[j];
+      yi[j].im += im * b[j];
     }
-    y[k].re = re;
-    y[k].im = im;
   }
 }
 
