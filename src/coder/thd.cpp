@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace coder {
 
@@ -149,12 +150,11 @@ double thd(const array<double, N>& x, double fs, int n, array<double, 1>& harmpo
   for (int k = 0; k < len; ++k) centred[k] = x[k] - mean;
   array<double, 1> w;
   kaiser(len, 38.0, w);
-  double sum_sq = 0.0;
-  double sum = 0.0;
-  for (int k = 0; k < len; ++k) {
-    sum_sq += w[k] * w[k];
-    sum += w[k];
-  }
+  // The equivalent noise bandwidth with MATLAB's blocked sums over the window.
+  std::vector<double> squares(static_cast<size_t>(len));
+  for (int k = 0; k < len; ++k) squares[static_cast<size_t>(k)] = w[k] * w[k];
+  const double sum_sq = coder::sum(squares.data(), len);
+  const double sum = coder::sum(w.data(), len);
   const double rbw = sum_sq / (sum * sum) * fs;
   array<double, 1> Pxx;
   array<double, 1> F;
