@@ -93,15 +93,15 @@ void Calculation::readVekSettings() {
 }
 
 void Calculation::updateCalc(int lag, int last_calculated_, std::string time) {
-  db->updateCalculation(id, lag, last_calculated_, time);
+  last_calculated = last_calculated_;
+  db->updateCalculation(id, lag, last_calculated, time);
 }
 
 bool Calculation::enableCalcSource(long module_source) const {
   if (calc_source == 0) {
     return true;
   }
-  if (calc_source == 1 &&
-      std::find(source.begin(), source.end(), module_source) != source.end()) {
+  if (calc_source == 1 && std::find(source.begin(), source.end(), module_source) != source.end()) {
     return true;
   }
   if (calc_source < 2) {

@@ -54,7 +54,7 @@ public:
 private:
   DataBase* db;
   int id;
-  int last_calculated = 0; // carried for the record; nothing reads it
+  int last_calculated = 0; // the last row reported; kept for a debugger, nothing reads it
   std::string settings;    // the last text read from VEK_CALCULATION.SETTINGS
   long calc_source = 0;
   int remainder = 0;
