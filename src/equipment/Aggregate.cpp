@@ -50,9 +50,9 @@ void Aggregate::readAggregate() {
     }
     // A point shared by several channels keeps only the channel that created it: results of
     // the point are filed under that one channel, and the measurement object relies on it.
-    const bool known = std::any_of(
-        control_points.begin(), control_points.end(),
-        [&](const control_point& point) { return point.id == item.control_point_id; });
+    const bool known =
+        std::any_of(control_points.begin(), control_points.end(),
+                    [&](const control_point& point) { return point.id == item.control_point_id; });
     if (known) {
       continue;
     }
@@ -75,8 +75,7 @@ void Aggregate::readDrive(control_point& point) {
     point.motor_id = motors.front().front();
   }
   std::vector<std::vector<int>> bearings;
-  db->getValue("SELECT bearing_id FROM control_point_bearing WHERE control_point_id = " +
-                   id_text,
+  db->getValue("SELECT bearing_id FROM control_point_bearing WHERE control_point_id = " + id_text,
                bearings);
   for (const auto& row : bearings) {
     if (!row.empty()) {

@@ -17,8 +17,8 @@ DataBearing::DataBearing(DataBase* db_, int id_) : id(id_), db(db_) {
 }
 
 void DataBearing::readData() {
-  db->readBearing(id, ball_diameter, count_balls, type_bearing, inner_diameter,
-                  external_diameter, angle);
+  db->readBearing(id, ball_diameter, count_balls, type_bearing, inner_diameter, external_diameter,
+                  angle);
   angle_rad = kPi * angle / 180.0;
   mean_diameter = (external_diameter + inner_diameter) / 2.0;
 }
