@@ -39,7 +39,8 @@ void BM_fftw_plain(benchmark::State& state) {
   fftw_complex* out = fftw_alloc_complex(static_cast<size_t>(n / 2 + 1));
   const fftw_plan plan = fftw_plan_dft_r2c_1d(n, in, out, FFTW_ESTIMATE);
   const auto x = signalOf(n);
-  for (int k = 0; k < n; ++k) in[k] = x[k];
+  for (int k = 0; k < n; ++k)
+    in[k] = x[k];
   for (auto _ : state) {
     fftw_execute(plan);
     benchmark::DoNotOptimize(out[1][0]);
@@ -49,7 +50,12 @@ void BM_fftw_plain(benchmark::State& state) {
   fftw_free(out);
   tagLength(state, n);
 }
-BENCHMARK(BM_fftw_plain)->Arg(4096)->Arg(16384)->Arg(65536)->Arg(262144)->Arg(40960)
+BENCHMARK(BM_fftw_plain)
+    ->Arg(4096)
+    ->Arg(16384)
+    ->Arg(65536)
+    ->Arg(262144)
+    ->Arg(40960)
     ->Unit(benchmark::kMicrosecond);
 
 // fft(x, n) of the statistics routine: 16384 samples padded 4x and 16x, and 4096 unpadded.
@@ -64,7 +70,10 @@ void BM_fft(benchmark::State& state) {
   }
   tagLength(state, n);
 }
-BENCHMARK(BM_fft)->Args({16384, 65536})->Args({16384, 262144})->Args({4096, 4096})
+BENCHMARK(BM_fft)
+    ->Args({16384, 65536})
+    ->Args({16384, 262144})
+    ->Args({4096, 4096})
     ->Unit(benchmark::kMicrosecond);
 
 void BM_hilbert(benchmark::State& state) {
@@ -79,7 +88,7 @@ void BM_hilbert(benchmark::State& state) {
 }
 BENCHMARK(BM_hilbert)->Arg(16384)->Unit(benchmark::kMicrosecond);
 
-const std::vector<double> kCorrelationEdges = {0.0, 45.0 / 125.0, 49.0 / 125.0,
+const std::vector<double> kCorrelationEdges = {0.0,          45.0 / 125.0, 49.0 / 125.0,
                                                51.0 / 125.0, 55.0 / 125.0, 1.0};
 const std::vector<double> kBandPass = {0.0, 0.0, 1.0, 1.0, 0.0, 0.0};
 
@@ -112,7 +121,8 @@ void BM_thd(benchmark::State& state) {
   for (int k = 0; k < n; ++k) {
     const double t = k / 10000.0;
     x[k] = std::sin(2.0 * 3.141592653589793 * 50.0 * t) +
-           0.05 * std::sin(2.0 * 3.141592653589793 * 150.0 * t) + 1e-3 * ((k * 7919) % 1000) / 1000.0;
+           0.05 * std::sin(2.0 * 3.141592653589793 * 150.0 * t) +
+           1e-3 * ((k * 7919) % 1000) / 1000.0;
   }
   coder::array<double, 1> harmpow;
   coder::array<double, 1> harmfreq;
@@ -147,7 +157,8 @@ void BM_filter(benchmark::State& state) {
   const auto x = signalOf(n);
   coder::array<creal_T, 2> y;
   y.set_size(1, n);
-  for (int k = 0; k < n; ++k) y[k] = creal_T{x[k], -x[k]};
+  for (int k = 0; k < n; ++k)
+    y[k] = creal_T{x[k], -x[k]};
   coder::array<creal_T, 2> out;
   for (auto _ : state) {
     coder::filter(h, y, out);

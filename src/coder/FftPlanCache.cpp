@@ -13,14 +13,16 @@ FftPlanCache& FftPlanCache::instance() {
 }
 
 FftPlanCache::~FftPlanCache() {
-  for (auto& entry : plans_) fftw_destroy_plan(entry.second);
+  for (auto& entry : plans_)
+    fftw_destroy_plan(entry.second);
 }
 
 fftw_plan FftPlanCache::plan(Kind kind, int n) {
   std::lock_guard<std::mutex> lock(mutex_);
   const auto key = std::make_pair(kind, n);
   const auto found = plans_.find(key);
-  if (found != plans_.end()) return found->second;
+  if (found != plans_.end())
+    return found->second;
   const size_t count = static_cast<size_t>(n);
   fftw_plan made = nullptr;
   // Planning with FFTW_ESTIMATE does not touch the buffers; they only fix the alignment
@@ -36,7 +38,8 @@ fftw_plan FftPlanCache::plan(Kind kind, int n) {
                             kind == Kind::ComplexForward ? FFTW_FORWARD : FFTW_BACKWARD,
                             FFTW_ESTIMATE);
   }
-  if (made == nullptr) throw std::bad_alloc();
+  if (made == nullptr)
+    throw std::bad_alloc();
   plans_.emplace(key, made);
   return made;
 }

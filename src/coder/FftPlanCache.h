@@ -41,12 +41,11 @@ private:
 
 // An fftw_malloc buffer of n elements of T, freed with the scope; its alignment matches the
 // buffers the plans were made on.
-template <typename T>
-class FftBuffer {
+template <typename T> class FftBuffer {
 public:
-  explicit FftBuffer(size_t n)
-      : data_(static_cast<T*>(fftw_malloc(sizeof(T) * (n > 0 ? n : 1)))) {
-    if (data_ == nullptr) throw std::bad_alloc();
+  explicit FftBuffer(size_t n) : data_(static_cast<T*>(fftw_malloc(sizeof(T) * (n > 0 ? n : 1)))) {
+    if (data_ == nullptr)
+      throw std::bad_alloc();
   }
   ~FftBuffer() { fftw_free(data_); }
   FftBuffer(const FftBuffer&) = delete;

@@ -15,8 +15,7 @@ namespace coder {
 // stop with an error) the result has extent 0 there, so malformed sizes give an empty
 // result instead of reading out of bounds. `out` must not be `x` or `y`.
 template <typename R, typename A, typename B, int NO, int NX, int NY, typename Op>
-void binary_expand_op(array<R, NO>& out, const array<A, NX>& x, const array<B, NY>& y,
-                      Op op) {
+void binary_expand_op(array<R, NO>& out, const array<A, NX>& x, const array<B, NY>& y, Op op) {
   static_assert(NO == (NX > NY ? NX : NY), "the result has the larger rank");
   int sx[NO];
   int sy[NO];
@@ -35,14 +34,16 @@ void binary_expand_op(array<R, NO>& out, const array<A, NX>& x, const array<B, N
     }
   }
   int total = 1;
-  for (int d = 0; d < NO; ++d) total *= so[d];
+  for (int d = 0; d < NO; ++d)
+    total *= so[d];
   static_assert(NO <= 2, "arrays of the blocks have rank 1 or 2");
   if constexpr (NO == 1) {
     out.set_size(so[0]);
   } else {
     out.set_size(so[0], so[1]);
   }
-  if (total == 0) return;
+  if (total == 0)
+    return;
   // Strides of 0 repeat a singleton dimension.
   int stride_x[NO];
   int stride_y[NO];
@@ -55,7 +56,8 @@ void binary_expand_op(array<R, NO>& out, const array<A, NX>& x, const array<B, N
     step_y *= sy[d];
   }
   if constexpr (NO == 1) {
-    for (int i = 0; i < so[0]; ++i) out[i] = op(x[i * stride_x[0]], y[i * stride_y[0]]);
+    for (int i = 0; i < so[0]; ++i)
+      out[i] = op(x[i * stride_x[0]], y[i * stride_y[0]]);
   } else {
     int k = 0;
     for (int c = 0; c < so[1]; ++c) {

@@ -12,8 +12,7 @@ namespace coder {
 // A rank-N array of T with extents of type SZ, stored contiguously in column-major order.
 // The array owns its buffer (copies are deep) unless it is a view made by `reshape` or
 // `set`; a view never frees the buffer and must not outlive the array it looks into.
-template <typename T, typename SZ, int N>
-class array_base {
+template <typename T, typename SZ, int N> class array_base {
   static_assert(N >= 1, "an array has at least one dimension");
 
 public:
@@ -21,7 +20,8 @@ public:
   using size_type = SZ;
 
   array_base() {
-    for (int d = 0; d < N; ++d) size_[d] = 0;
+    for (int d = 0; d < N; ++d)
+      size_[d] = 0;
   }
 
   array_base(const array_base& other) { copyFrom(other); }
@@ -32,7 +32,8 @@ public:
     other.data_ = nullptr;
     other.capacity_ = 0;
     other.owner_ = true;
-    for (int d = 0; d < N; ++d) other.size_[d] = 0;
+    for (int d = 0; d < N; ++d)
+      other.size_[d] = 0;
   }
 
   array_base& operator=(const array_base& other) {
@@ -44,7 +45,8 @@ public:
         capacity_ = 0;
         owner_ = true;
       }
-      for (int d = 0; d < N; ++d) size_[d] = 0;
+      for (int d = 0; d < N; ++d)
+        size_[d] = 0;
       ensureCapacity(n);
       std::copy(other.data_, other.data_ + n, data_);
       std::copy(other.size_, other.size_ + N, size_);
@@ -62,7 +64,8 @@ public:
       other.data_ = nullptr;
       other.capacity_ = 0;
       other.owner_ = true;
-      for (int d = 0; d < N; ++d) other.size_[d] = 0;
+      for (int d = 0; d < N; ++d)
+        other.size_[d] = 0;
     }
     return *this;
   }
@@ -71,12 +74,12 @@ public:
 
   // Changes the extents; the first min(old, new) elements keep their flat positions and
   // the elements beyond the old count are NOT initialised: fill them after sizing.
-  template <typename... Dims>
-  void set_size(Dims... dims) {
+  template <typename... Dims> void set_size(Dims... dims) {
     static_assert(sizeof...(Dims) == static_cast<size_t>(N), "one extent per dimension");
     const SZ extents[N] = {static_cast<SZ>(dims)...};
     SZ n = 1;
-    for (int d = 0; d < N; ++d) n *= extents[d];
+    for (int d = 0; d < N; ++d)
+      n *= extents[d];
     ensureCapacity(n);
     std::copy(extents, extents + N, size_);
   }
@@ -85,9 +88,11 @@ public:
   // raised to at least 16 and doubled until it suffices; from 0x40000000 on it becomes
   // 0x7fffffff. The current elements are kept.
   void ensureCapacity(SZ n) {
-    if (n <= capacity_) return;
+    if (n <= capacity_)
+      return;
     SZ cap = capacity_;
-    if (cap < 16) cap = 16;
+    if (cap < 16)
+      cap = 16;
     while (cap < n) {
       if (cap > 1073741823) {
         cap = 2147483647;
@@ -97,7 +102,8 @@ public:
     }
     T* fresh = new T[static_cast<size_t>(cap)];
     const SZ keep = numel();
-    if (data_ != nullptr && keep > 0) std::copy(data_, data_ + std::min(keep, n), fresh);
+    if (data_ != nullptr && keep > 0)
+      std::copy(data_, data_ + std::min(keep, n), fresh);
     release();
     data_ = fresh;
     capacity_ = cap;
@@ -106,8 +112,7 @@ public:
 
   // Makes this array a view of an outside buffer with the given extents; the buffer is
   // neither copied nor freed.
-  template <typename... Dims>
-  void set(T* buffer, Dims... dims) {
+  template <typename... Dims> void set(T* buffer, Dims... dims) {
     static_assert(sizeof...(Dims) == static_cast<size_t>(N), "one extent per dimension");
     release();
     const SZ extents[N] = {static_cast<SZ>(dims)...};
@@ -128,7 +133,8 @@ public:
 
   SZ numel() const {
     SZ n = 1;
-    for (int d = 0; d < N; ++d) n *= size_[d];
+    for (int d = 0; d < N; ++d)
+      n *= size_[d];
     return n;
   }
   // Extent of dimension d, counted from 0.
@@ -162,19 +168,21 @@ public:
   }
 
 private:
-  template <typename, typename, int>
-  friend class array_base;
+  template <typename, typename, int> friend class array_base;
 
   void copyFrom(const array_base& other) {
-    for (int d = 0; d < N; ++d) size_[d] = 0;
+    for (int d = 0; d < N; ++d)
+      size_[d] = 0;
     const SZ n = other.numel();
     ensureCapacity(n);
-    if (n > 0) std::copy(other.data_, other.data_ + n, data_);
+    if (n > 0)
+      std::copy(other.data_, other.data_ + n, data_);
     std::copy(other.size_, other.size_ + N, size_);
   }
 
   void release() {
-    if (owner_) delete[] data_;
+    if (owner_)
+      delete[] data_;
     data_ = nullptr;
     capacity_ = 0;
     owner_ = true;
@@ -188,8 +196,7 @@ private:
 
 // The array of the math blocks: extents are signed 32-bit counts. A MATLAB row vector is
 // array<T, 2> of size (1, n); a column vector is array<T, 1> of size (n).
-template <typename T, int N>
-class array : public array_base<T, int, N> {
+template <typename T, int N> class array : public array_base<T, int, N> {
 public:
   array() = default;
   array(const array_base<T, int, N>& other) : array_base<T, int, N>(other) {}

@@ -23,16 +23,13 @@ void cumtrapz(const array<double, NT>& t, const array<double, NY>& y, array<doub
   } else {
     z.set_size(y.size(0), y.size(1));
   }
-  for (int k = 0; k < n; ++k) z[k] = result[static_cast<size_t>(k)];
+  for (int k = 0; k < n; ++k)
+    z[k] = result[static_cast<size_t>(k)];
 }
 
-template void cumtrapz<1, 1>(const array<double, 1>&, const array<double, 1>&,
-                             array<double, 1>&);
-template void cumtrapz<2, 2>(const array<double, 2>&, const array<double, 2>&,
-                             array<double, 2>&);
-template void cumtrapz<1, 2>(const array<double, 1>&, const array<double, 2>&,
-                             array<double, 2>&);
-template void cumtrapz<2, 1>(const array<double, 2>&, const array<double, 1>&,
-                             array<double, 1>&);
+template void cumtrapz<1, 1>(const array<double, 1>&, const array<double, 1>&, array<double, 1>&);
+template void cumtrapz<2, 2>(const array<double, 2>&, const array<double, 2>&, array<double, 2>&);
+template void cumtrapz<1, 2>(const array<double, 1>&, const array<double, 2>&, array<double, 2>&);
+template void cumtrapz<2, 1>(const array<double, 2>&, const array<double, 1>&, array<double, 1>&);
 
 } // namespace coder

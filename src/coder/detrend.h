@@ -10,7 +10,6 @@ namespace coder {
 // pivoting (a basic solution when rank-deficient), is subtracted. n = 1 gives 0; any NaN
 // makes every output NaN; infinities give NaN where the fit breaks. The result has the
 // shape of x; x may be y.
-template <int N>
-void detrend(const array<double, N>& x, array<double, N>& y);
+template <int N> void detrend(const array<double, N>& x, array<double, N>& y);
 
 } // namespace coder

@@ -49,9 +49,11 @@ void eml_float_colon(double a, double d, double b, array<double, 2>& y) {
   }
   const int n = static_cast<int>(ndbl);
   y.set_size(1, n);
-  if (n == 0) return;
+  if (n == 0)
+    return;
   y[0] = a;
-  if (n == 1) return;
+  if (n == 1)
+    return;
   y[n - 1] = last;
   const int half = (n - 1) / 2;
   for (int k = 0; k < half - 1; ++k) {

@@ -1,19 +1,19 @@
 #include "coder/envspectrum.h"
 
 #include "coder/FftPlanCache.h"
-#include "coder/sum.h"
 #include "coder/fft.h"
 #include "coder/firls.h"
 #include "coder/hilbert.h"
 #include "coder/rt_snf.h"
+#include "coder/sum.h"
 
 #include <vector>
 
 namespace coder {
 
 template <int N>
-void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
-                 array<double, 1>& f, array<double, 1>& env, array<double, 1>& t) {
+void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es, array<double, 1>& f,
+                 array<double, 1>& env, array<double, 1>& t) {
   const int n = x.numel();
   if (n < 4) {
     es.set_size(0);
@@ -25,7 +25,8 @@ void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
   const size_t count = static_cast<size_t>(n);
   std::vector<double> centred(x.data(), x.data() + n);
   const double mean_x = coder::mean(centred.data(), n);
-  for (double& v : centred) v -= mean_x;
+  for (double& v : centred)
+    v -= mean_x;
 
   // The default band is fs/4 .. 3fs/8, handed to fir1 as fractions of Nyquist.
   array<double, 2> taps;
@@ -42,7 +43,8 @@ void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
     const int first = full - (nb - 1) > 0 ? full - (nb - 1) : 0;
     const int last = full < n - 1 ? full : n - 1;
     double acc = 0.0;
-    for (int j = first; j <= last; ++j) acc += centred[static_cast<size_t>(j)] * taps[full - j];
+    for (int j = first; j <= last; ++j)
+      acc += centred[static_cast<size_t>(j)] * taps[full - j];
     band[k] = acc;
   }
 
@@ -50,9 +52,11 @@ void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
   array<creal_T, 2> analytic;
   hilbert(band, analytic);
   env.set_size(n);
-  for (int k = 0; k < n; ++k) env[k] = rt_hypotd_snf(analytic[k].re, analytic[k].im);
+  for (int k = 0; k < n; ++k)
+    env[k] = rt_hypotd_snf(analytic[k].re, analytic[k].im);
   const double mean_env = coder::mean(env.data(), n);
-  for (int k = 0; k < n; ++k) env[k] -= mean_env;
+  for (int k = 0; k < n; ++k)
+    env[k] -= mean_env;
 
   // One-sided peak-amplitude spectrum of the envelope.
   internal::FftBuffer<creal_T> spectrum(count);
@@ -62,21 +66,23 @@ void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
   es.set_size(kept);
   f.set_size(kept);
   for (int k = 0; k < kept; ++k) {
-    double a = rt_hypotd_snf(spectrum[static_cast<size_t>(k)].re,
-                             spectrum[static_cast<size_t>(k)].im) *
-               inv_n;
+    double a =
+        rt_hypotd_snf(spectrum[static_cast<size_t>(k)].re, spectrum[static_cast<size_t>(k)].im) *
+        inv_n;
     const bool single = k == 0 || (n % 2 == 0 && k == n / 2);
-    if (!single) a *= 2.0;
+    if (!single)
+      a *= 2.0;
     es[k] = a;
     f[k] = (static_cast<double>(k) / static_cast<double>(n)) * fs;
   }
   t.set_size(n);
-  for (int k = 0; k < n; ++k) t[k] = static_cast<double>(k) / fs;
+  for (int k = 0; k < n; ++k)
+    t[k] = static_cast<double>(k) / fs;
 }
 
-template void envspectrum<1>(const array<double, 1>&, double, array<double, 1>&,
-                             array<double, 1>&, array<double, 1>&, array<double, 1>&);
-template void envspectrum<2>(const array<double, 2>&, double, array<double, 1>&,
-                             array<double, 1>&, array<double, 1>&, array<double, 1>&);
+template void envspectrum<1>(const array<double, 1>&, double, array<double, 1>&, array<double, 1>&,
+                             array<double, 1>&, array<double, 1>&);
+template void envspectrum<2>(const array<double, 2>&, double, array<double, 1>&, array<double, 1>&,
+                             array<double, 1>&, array<double, 1>&);
 
 } // namespace coder

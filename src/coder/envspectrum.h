@@ -15,7 +15,7 @@ namespace coder {
 // for the same bins; t(k) = k / fs for k = 0..n-1. All four are columns. x is a vector of
 // n >= 4 finite samples in g; fewer samples give four empty outputs (MATLAB stops there).
 template <int N>
-void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es,
-                 array<double, 1>& f, array<double, 1>& env, array<double, 1>& t);
+void envspectrum(const array<double, N>& x, double fs, array<double, 1>& es, array<double, 1>& f,
+                 array<double, 1>& env, array<double, 1>& t);
 
 } // namespace coder

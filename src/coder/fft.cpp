@@ -11,8 +11,7 @@ namespace internal {
 namespace {
 
 // A transform of a vector keeps a row a row; every other vector becomes a column.
-template <typename T, int N>
-void shapeLike(const array<T, N>& x, int n, array<creal_T, N>& y) {
+template <typename T, int N> void shapeLike(const array<T, N>& x, int n, array<creal_T, N>& y) {
   if constexpr (N == 1) {
     y.set_size(n);
   } else {
@@ -27,7 +26,8 @@ void shapeLike(const array<T, N>& x, int n, array<creal_T, N>& y) {
 } // namespace
 
 void fftReal(const double* x, int len, int n, creal_T* y) {
-  if (n <= 0) return;
+  if (n <= 0)
+    return;
   const size_t count = static_cast<size_t>(n);
   const int half = n / 2;
   FftBuffer<double> in(count);
@@ -35,8 +35,8 @@ void fftReal(const double* x, int len, int n, creal_T* y) {
   const int used = std::min(len, n);
   std::copy(x, x + std::max(used, 0), in.get());
   std::fill(in.get() + std::max(used, 0), in.get() + n, 0.0);
-  fftw_execute_dft_r2c(FftPlanCache::instance().plan(FftPlanCache::Kind::RealForward, n),
-                       in.get(), out.get());
+  fftw_execute_dft_r2c(FftPlanCache::instance().plan(FftPlanCache::Kind::RealForward, n), in.get(),
+                       out.get());
   for (int k = 0; k <= half; ++k) {
     y[k].re = out[static_cast<size_t>(k)][0];
     y[k].im = out[static_cast<size_t>(k)][1];
@@ -49,7 +49,8 @@ void fftReal(const double* x, int len, int n, creal_T* y) {
 }
 
 void fftComplex(const creal_T* x, int len, int n, bool inverse, creal_T* y) {
-  if (n <= 0) return;
+  if (n <= 0)
+    return;
   const size_t count = static_cast<size_t>(n);
   FftBuffer<fftw_complex> in(count);
   FftBuffer<fftw_complex> out(count);
@@ -81,9 +82,9 @@ void fftComplex(const creal_T* x, int len, int n, bool inverse, creal_T* y) {
 
 } // namespace internal
 
-template <int N>
-void fft(const array<double, N>& x, int n, array<creal_T, N>& y) {
-  if (n < 0) n = 0;
+template <int N> void fft(const array<double, N>& x, int n, array<creal_T, N>& y) {
+  if (n < 0)
+    n = 0;
   // The input is read before y is sized, so that fft(x, n, y) never sees y's old buffer.
   internal::FftBuffer<creal_T> result(static_cast<size_t>(n));
   internal::fftReal(x.data(), x.numel(), n, result.get());
@@ -91,17 +92,16 @@ void fft(const array<double, N>& x, int n, array<creal_T, N>& y) {
   std::copy(result.get(), result.get() + n, y.data());
 }
 
-template <int N>
-void fft(const array<creal_T, N>& x, int n, array<creal_T, N>& y) {
-  if (n < 0) n = 0;
+template <int N> void fft(const array<creal_T, N>& x, int n, array<creal_T, N>& y) {
+  if (n < 0)
+    n = 0;
   internal::FftBuffer<creal_T> result(static_cast<size_t>(n));
   internal::fftComplex(x.data(), x.numel(), n, false, result.get());
   internal::shapeLike(x, n, y);
   std::copy(result.get(), result.get() + n, y.data());
 }
 
-template <int N>
-void ifft(const array<creal_T, N>& x, array<creal_T, N>& y) {
+template <int N> void ifft(const array<creal_T, N>& x, array<creal_T, N>& y) {
   const int n = x.numel();
   internal::FftBuffer<creal_T> result(static_cast<size_t>(n));
   internal::fftComplex(x.data(), n, n, true, result.get());

@@ -22,23 +22,19 @@ void fftComplex(const creal_T* x, int len, int n, bool inverse, creal_T* y);
 // a column of n; n <= 0 gives an empty result. MATLAB computes radix-2 for powers of two
 // and Bluestein otherwise; FFTW agrees with both to rounding (about 1e-15 relative to the
 // largest bin).
-template <int N>
-void fft(const array<double, N>& x, int n, array<creal_T, N>& y);
+template <int N> void fft(const array<double, N>& x, int n, array<creal_T, N>& y);
 
 // MATLAB y = fft(x): n = numel(x).
-template <int N>
-void fft(const array<double, N>& x, array<creal_T, N>& y) {
+template <int N> void fft(const array<double, N>& x, array<creal_T, N>& y) {
   fft(x, x.numel(), y);
 }
 
 // MATLAB y = fft(x, n) of a complex vector, same conventions.
-template <int N>
-void fft(const array<creal_T, N>& x, int n, array<creal_T, N>& y);
+template <int N> void fft(const array<creal_T, N>& x, int n, array<creal_T, N>& y);
 
 // MATLAB y = ifft(x) of a complex vector: y(j+1) = (1/n) sum_k x(k+1) exp(+2 pi i j k / n),
 // n = numel(x), complex result of the shape of x (no symmetry test: a conjugate-symmetric
 // input gives imaginary parts at rounding level instead of exact zeros).
-template <int N>
-void ifft(const array<creal_T, N>& x, array<creal_T, N>& y);
+template <int N> void ifft(const array<creal_T, N>& x, array<creal_T, N>& y);
 
 } // namespace coder

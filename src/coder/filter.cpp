@@ -17,12 +17,14 @@ void firFilter(const double* b, int nb, const double* x, int nx, double* y) {
     const double xi = x[i];
     const int reach = std::min(nb, nx - i);
     double* yi = y + i;
-    for (int j = 0; j < reach; ++j) yi[j] += xi * b[j];
+    for (int j = 0; j < reach; ++j)
+      yi[j] += xi * b[j];
   }
 }
 
 void firFilter(const double* b, int nb, const creal_T* x, int nx, creal_T* y) {
-  for (int k = 0; k < nx; ++k) y[k] = creal_T{0.0, 0.0};
+  for (int k = 0; k < nx; ++k)
+    y[k] = creal_T{0.0, 0.0};
   for (int i = 0; i < nx; ++i) {
     const double re = x[i].re;
     const double im = x[i].im;
@@ -39,8 +41,7 @@ void firFilter(const double* b, int nb, const creal_T* x, int nx, creal_T* y) {
 
 namespace {
 
-template <typename T, int N>
-void sizeAs(const array<T, N>& x, array<T, N>& y) {
+template <typename T, int N> void sizeAs(const array<T, N>& x, array<T, N>& y) {
   if constexpr (N == 1) {
     y.set_size(x.size(0));
   } else {
@@ -57,7 +58,8 @@ void filterAny(const array<double, NB>& b, const array<T, N>& x, array<T, N>& y)
     internal::firFilter(b.data(), nb, x.data(), nx, result.data());
   } else {
     // No taps: nothing passes.
-    for (T& v : result) v = T{};
+    for (T& v : result)
+      v = T{};
   }
   sizeAs(x, y);
   std::copy(result.begin(), result.end(), y.data());
@@ -75,21 +77,13 @@ void filter(const array<double, NB>& b, const array<creal_T, N>& x, array<creal_
   filterAny(b, x, y);
 }
 
-template void filter<1, 1>(const array<double, 1>&, const array<double, 1>&,
-                           array<double, 1>&);
-template void filter<1, 2>(const array<double, 1>&, const array<double, 2>&,
-                           array<double, 2>&);
-template void filter<2, 1>(const array<double, 2>&, const array<double, 1>&,
-                           array<double, 1>&);
-template void filter<2, 2>(const array<double, 2>&, const array<double, 2>&,
-                           array<double, 2>&);
-template void filter<1, 1>(const array<double, 1>&, const array<creal_T, 1>&,
-                           array<creal_T, 1>&);
-template void filter<1, 2>(const array<double, 1>&, const array<creal_T, 2>&,
-                           array<creal_T, 2>&);
-template void filter<2, 1>(const array<double, 2>&, const array<creal_T, 1>&,
-                           array<creal_T, 1>&);
-template void filter<2, 2>(const array<double, 2>&, const array<creal_T, 2>&,
-                           array<creal_T, 2>&);
+template void filter<1, 1>(const array<double, 1>&, const array<double, 1>&, array<double, 1>&);
+template void filter<1, 2>(const array<double, 1>&, const array<double, 2>&, array<double, 2>&);
+template void filter<2, 1>(const array<double, 2>&, const array<double, 1>&, array<double, 1>&);
+template void filter<2, 2>(const array<double, 2>&, const array<double, 2>&, array<double, 2>&);
+template void filter<1, 1>(const array<double, 1>&, const array<creal_T, 1>&, array<creal_T, 1>&);
+template void filter<1, 2>(const array<double, 1>&, const array<creal_T, 2>&, array<creal_T, 2>&);
+template void filter<2, 1>(const array<double, 2>&, const array<creal_T, 1>&, array<creal_T, 1>&);
+template void filter<2, 2>(const array<double, 2>&, const array<creal_T, 2>&, array<creal_T, 2>&);
 
 } // namespace coder

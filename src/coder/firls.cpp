@@ -13,7 +13,8 @@ const double kPi = 3.141592653589793;
 
 // sinc(x) = sin(pi x)/(pi x) in the generated code's form: exactly 1 near 0.
 double sinc(double x) {
-  if (std::fabs(x) < 1.0020841800044864e-292) return 1.0;
+  if (std::fabs(x) < 1.0020841800044864e-292)
+    return 1.0;
   const double t = kPi * x;
   return std::sin(t) / t;
 }
@@ -39,32 +40,41 @@ void luSolve(std::vector<double>& A, std::vector<double>& b, int n) {
     }
     pivot[static_cast<size_t>(k)] = p;
     if (p != k) {
-      for (int c = 0; c < n; ++c) std::swap(at(k, c), at(p, c));
+      for (int c = 0; c < n; ++c)
+        std::swap(at(k, c), at(p, c));
     }
     const double d = at(k, k);
     if (d != 0.0) {
-      for (int r = k + 1; r < n; ++r) at(r, k) /= d;
+      for (int r = k + 1; r < n; ++r)
+        at(r, k) /= d;
     }
     for (int c = k + 1; c < n; ++c) {
       const double m = at(k, c);
-      if (m == 0.0) continue;
-      for (int r = k + 1; r < n; ++r) at(r, c) -= at(r, k) * m;
+      if (m == 0.0)
+        continue;
+      for (int r = k + 1; r < n; ++r)
+        at(r, c) -= at(r, k) * m;
     }
   }
   for (int k = 0; k < n; ++k) {
     const int p = pivot[static_cast<size_t>(k)];
-    if (p != k) std::swap(b[static_cast<size_t>(k)], b[static_cast<size_t>(p)]);
+    if (p != k)
+      std::swap(b[static_cast<size_t>(k)], b[static_cast<size_t>(p)]);
   }
   for (int c = 0; c < n; ++c) {
     const double v = b[static_cast<size_t>(c)];
-    if (v == 0.0) continue;
-    for (int r = c + 1; r < n; ++r) b[static_cast<size_t>(r)] -= v * at(r, c);
+    if (v == 0.0)
+      continue;
+    for (int r = c + 1; r < n; ++r)
+      b[static_cast<size_t>(r)] -= v * at(r, c);
   }
   for (int c = n - 1; c >= 0; --c) {
-    if (b[static_cast<size_t>(c)] == 0.0) continue;
+    if (b[static_cast<size_t>(c)] == 0.0)
+      continue;
     b[static_cast<size_t>(c)] /= at(c, c);
     const double v = b[static_cast<size_t>(c)];
-    for (int r = 0; r < c; ++r) b[static_cast<size_t>(r)] -= v * at(r, c);
+    for (int r = 0; r < c; ++r)
+      b[static_cast<size_t>(r)] -= v * at(r, c);
   }
 }
 
@@ -74,7 +84,8 @@ std::vector<double> design(int order, const std::vector<double>& f, const std::v
   const int unknowns = half + 1;
   const size_t bands = f.size() / 2;
   std::vector<double> F(f.size());
-  for (size_t i = 0; i < f.size(); ++i) F[i] = f[i] / 2.0;
+  for (size_t i = 0; i < f.size(); ++i)
+    F[i] = f[i] / 2.0;
 
   // Right-hand side: the desired response (linear within each band) against each cosine.
   std::vector<double> rhs(static_cast<size_t>(unknowns), 0.0);
@@ -95,13 +106,15 @@ std::vector<double> design(int order, const std::vector<double>& f, const std::v
   }
 
   bool full_band = true;
-  for (size_t s = 1; s < bands; ++s) full_band = full_band && F[2 * s - 1] == F[2 * s];
+  for (size_t s = 1; s < bands; ++s)
+    full_band = full_band && F[2 * s - 1] == F[2 * s];
 
   std::vector<double> coef;
   if (full_band) {
     // Bands that tile the axis make G diagonal: the truncated ideal response.
     coef = rhs;
-    for (double& v : coef) v *= 4.0;
+    for (double& v : coef)
+      v *= 4.0;
     coef[0] /= 2.0;
   } else {
     // G(i, j) = integral over the bands of cos(2 pi i F) cos(2 pi j F), from sinc values
@@ -122,8 +135,8 @@ std::vector<double> design(int order, const std::vector<double>& f, const std::v
         for (size_t i = 0; i < n; ++i) {
           const size_t sum = i + j;
           const size_t diff = i > j ? i - j : j - i;
-          G[i + j * n] += 0.5 * hi * (sinc_hi[sum] + sinc_hi[diff]) -
-                          0.5 * lo * (sinc_lo[sum] + sinc_lo[diff]);
+          G[i + j * n] +=
+              0.5 * hi * (sinc_hi[sum] + sinc_hi[diff]) - 0.5 * lo * (sinc_lo[sum] + sinc_lo[diff]);
         }
       }
     }
@@ -152,7 +165,8 @@ public:
     {
       std::lock_guard<std::mutex> lock(mutex_);
       auto found = designs_.find(key);
-      if (found != designs_.end()) return found->second;
+      if (found != designs_.end())
+        return found->second;
     }
     // Designing takes milliseconds for order 500; it runs outside the lock, and when two
     // threads race the first stored design wins (both are the same bits anyway).
@@ -173,7 +187,8 @@ DesignCache& designCache() {
 
 void toRow(const std::vector<double>& taps, array<double, 2>& h) {
   h.set_size(1, static_cast<int>(taps.size()));
-  for (size_t k = 0; k < taps.size(); ++k) h[static_cast<int>(k)] = taps[k];
+  for (size_t k = 0; k < taps.size(); ++k)
+    h[static_cast<int>(k)] = taps[k];
 }
 
 } // namespace
@@ -215,7 +230,8 @@ void fir1(int order, double w1, double w2, array<double, 2>& b) {
   const auto ideal = firlsTaps(order, {0.0, w1, w1, w2, w2, 1.0}, {0.0, 0.0, 1.0, 1.0, 0.0, 0.0});
   const int n = static_cast<int>(ideal->size());
   b.set_size(1, n);
-  if (n == 0) return;
+  if (n == 0)
+    return;
   // Symmetric Hamming window: the first half computed, the rest mirrored.
   const double last = static_cast<double>(n - 1);
   const int half = (n + 1) / 2;
@@ -235,7 +251,8 @@ void fir1(int order, double w1, double w2, array<double, 2>& b) {
     im -= b[k] * std::sin(phase);
   }
   const double gain = std::hypot(re, im);
-  for (int k = 0; k < n; ++k) b[k] /= gain;
+  for (int k = 0; k < n; ++k)
+    b[k] /= gain;
 }
 
 } // namespace coder

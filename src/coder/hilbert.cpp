@@ -6,8 +6,7 @@
 
 namespace coder {
 
-template <int N>
-void hilbert(const array<double, N>& x, array<creal_T, N>& z) {
+template <int N> void hilbert(const array<double, N>& x, array<creal_T, N>& z) {
   const int n = x.numel();
   const size_t count = static_cast<size_t>(n);
   if (n > 0) {

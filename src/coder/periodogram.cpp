@@ -9,8 +9,8 @@ namespace coder {
 
 namespace {
 
-void onesided(const double* x, const double* w, int n, int nfft, double fs,
-              array<double, 1>& Pxx, array<double, 1>& F) {
+void onesided(const double* x, const double* w, int n, int nfft, double fs, array<double, 1>& Pxx,
+              array<double, 1>& F) {
   std::vector<double> windowed(static_cast<size_t>(n));
   double energy = 0.0;
   for (int k = 0; k < n; ++k) {
@@ -27,7 +27,8 @@ void onesided(const double* x, const double* w, int n, int nfft, double fs,
     const creal_T& v = spectrum[static_cast<size_t>(k)];
     double p = (v.re * v.re + v.im * v.im) / energy;
     const bool single = k == 0 || (nfft % 2 == 0 && k == nfft / 2);
-    if (!single) p = 2.0 * p;
+    if (!single)
+      p = 2.0 * p;
     Pxx[k] = p / fs;
     F[k] = resolution * static_cast<double>(k);
   }
@@ -57,8 +58,10 @@ template <int N>
 void periodogram(const array<double, N>& x, array<double, 1>& Pxx, array<double, 1>& w) {
   const int n = x.numel();
   int nfft = 1;
-  while (nfft < n) nfft *= 2;
-  if (nfft < 256) nfft = 256;
+  while (nfft < n)
+    nfft *= 2;
+  if (nfft < 256)
+    nfft = 256;
   std::vector<double> ones(static_cast<size_t>(n), 1.0);
   onesided(x.data(), ones.data(), n, nfft, 6.283185307179586, Pxx, w);
 }

@@ -20,13 +20,16 @@ bool iseq(double x, double y) {
     std::frexp(half, &e);
     spacing = std::ldexp(1.0, e - 53);
   }
-  if (std::fabs(y - x) < spacing) return true;
+  if (std::fabs(y - x) < spacing)
+    return true;
   return std::isinf(x) && std::isinf(y) && ((x > 0.0) == (y > 0.0));
 }
 
 bool relop(const creal_T& a, const creal_T& b) {
-  if (std::isnan(b.re) || std::isnan(b.im)) return false;
-  if (std::isnan(a.re) || std::isnan(a.im)) return true;
+  if (std::isnan(b.re) || std::isnan(b.im))
+    return false;
+  if (std::isnan(a.re) || std::isnan(a.im))
+    return true;
   constexpr double kHalvingLimit = 8.988465674311579e307;
   double x;
   double y;
@@ -39,10 +42,12 @@ bool relop(const creal_T& a, const creal_T& b) {
     x = rt_hypotd_snf(a.re, a.im);
     y = rt_hypotd_snf(b.re, b.im);
   }
-  if (!iseq(x, y)) return x < y;
+  if (!iseq(x, y))
+    return x < y;
   const double angle_a = rt_atan2d_snf(a.im, a.re);
   const double angle_b = rt_atan2d_snf(b.im, b.re);
-  if (!iseq(angle_a, angle_b)) return angle_a < angle_b;
+  if (!iseq(angle_a, angle_b))
+    return angle_a < angle_b;
   // Same modulus and angle to rounding: the value further along the direction of growing
   // angle is the larger one. That direction moves the real part most near +-pi/2 and the
   // imaginary part most near 0 and pi; the sign follows the angle's quadrant.
@@ -66,7 +71,8 @@ bool relop(const creal_T& a, const creal_T& b) {
     ka = -a.im;
     kb = -b.im;
   }
-  if (iseq(ka, kb)) return false;
+  if (iseq(ka, kb))
+    return false;
   return ka < kb;
 }
 

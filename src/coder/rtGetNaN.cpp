@@ -2,6 +2,10 @@
 
 #include <limits>
 
-double rtGetNaN() { return std::numeric_limits<double>::quiet_NaN(); }
+double rtGetNaN() {
+  return std::numeric_limits<double>::quiet_NaN();
+}
 
-float rtGetNaNF() { return std::numeric_limits<float>::quiet_NaN(); }
+float rtGetNaNF() {
+  return std::numeric_limits<float>::quiet_NaN();
+}

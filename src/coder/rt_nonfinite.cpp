@@ -14,10 +14,18 @@ const float rtMinusInfF = -std::numeric_limits<float>::infinity();
 
 void rt_InitInfAndNaN() {}
 
-bool rtIsInf(double value) { return std::isinf(value); }
+bool rtIsInf(double value) {
+  return std::isinf(value);
+}
 
-bool rtIsInfF(float value) { return std::isinf(value); }
+bool rtIsInfF(float value) {
+  return std::isinf(value);
+}
 
-bool rtIsNaN(double value) { return std::isnan(value); }
+bool rtIsNaN(double value) {
+  return std::isnan(value);
+}
 
-bool rtIsNaNF(float value) { return std::isnan(value); }
+bool rtIsNaNF(float value) {
+  return std::isnan(value);
+}

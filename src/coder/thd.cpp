@@ -1,7 +1,7 @@
 #include "coder/thd.h"
 
-#include "coder/sum.h"
 #include "coder/periodogram.h"
+#include "coder/sum.h"
 #include "coder/windows.h"
 
 #include <cmath>
@@ -17,16 +17,17 @@ const double kNaN = std::numeric_limits<double>::quiet_NaN();
 // Band power of bins l..r by the rectangle rule: the widths are the bin spacings, with one
 // extra average width placed at the end when the band starts at 0 Hz and at the start
 // otherwise.
-double rectangleBandPower(const array<double, 1>& Pxx, const array<double, 1>& F, int l,
-                          int r) {
+double rectangleBandPower(const array<double, 1>& Pxx, const array<double, 1>& F, int l, int r) {
   const double extra = (F[r] - F[l]) / static_cast<double>(r - l);
   double power = 0.0;
   if (F[l] == 0.0) {
-    for (int k = l; k < r; ++k) power += (F[k + 1] - F[k]) * Pxx[k];
+    for (int k = l; k < r; ++k)
+      power += (F[k + 1] - F[k]) * Pxx[k];
     power += extra * Pxx[r];
   } else {
     power += extra * Pxx[l];
-    for (int k = l + 1; k <= r; ++k) power += (F[k] - F[k - 1]) * Pxx[k];
+    for (int k = l + 1; k <= r; ++k)
+      power += (F[k] - F[k - 1]) * Pxx[k];
   }
   return power;
 }
@@ -41,14 +42,17 @@ void getToneFromPSD(const array<double, 1>& Pxx, const array<double, 1>& F, doub
   freq = kNaN;
   left = 0;
   right = -1;
-  if (n == 0 || F.numel() != n) return;
+  if (n == 0 || F.numel() != n)
+    return;
   int idx = 0;
   if (!has_target) {
     for (int k = 1; k < n; ++k) {
-      if (Pxx[k] > Pxx[idx]) idx = k;
+      if (Pxx[k] > Pxx[idx])
+        idx = k;
     }
   } else {
-    if (!(toneFreq >= F[0] && toneFreq <= F[n - 1])) return;
+    if (!(toneFreq >= F[0] && toneFreq <= F[n - 1]))
+      return;
     int nearest = 0;
     double best = std::fabs(F[0] - toneFreq);
     for (int k = 1; k < n; ++k) {
@@ -62,14 +66,17 @@ void getToneFromPSD(const array<double, 1>& Pxx, const array<double, 1>& F, doub
     const int hi = nearest + 1 < n ? nearest + 1 : n - 1;
     idx = lo;
     for (int k = lo + 1; k <= hi; ++k) {
-      if (Pxx[k] > Pxx[idx]) idx = k;
+      if (Pxx[k] > Pxx[idx])
+        idx = k;
     }
   }
   // Roll down both slopes of the tone while the PSD keeps falling or stays level.
   int l = idx - 1;
-  while (l >= 0 && Pxx[l] <= Pxx[l + 1]) --l;
+  while (l >= 0 && Pxx[l] <= Pxx[l + 1])
+    --l;
   int r = idx + 1;
-  while (r < n && Pxx[r - 1] >= Pxx[r]) ++r;
+  while (r < n && Pxx[r - 1] >= Pxx[r])
+    ++r;
   left = l + 1;
   right = r - 1;
 
@@ -86,7 +93,8 @@ void getToneFromPSD(const array<double, 1>& Pxx, const array<double, 1>& F, doub
     power = Pxx[right] * (F[right + 1] - F[right - 1]) / 2.0;
   } else {
     double widths = 0.0;
-    for (int k = 1; k < n; ++k) widths += F[k] - F[k - 1];
+    for (int k = 1; k < n; ++k)
+      widths += F[k] - F[k - 1];
     power = Pxx[right] * (widths / static_cast<double>(n - 1));
   }
   // A tone is never narrower than the window's noise bandwidth.
@@ -98,7 +106,8 @@ void getToneFromPSD(const array<double, 1>& Pxx, const array<double, 1>& F, doub
 
 double computeTHD(array<double, 1>& Pxx, const array<double, 1>& F, double rbw, int n,
                   array<double, 1>& harmpow, array<double, 1>& harmfreq) {
-  if (n < 1) n = 0;
+  if (n < 1)
+    n = 0;
   harmpow.set_size(n);
   harmfreq.set_size(n);
   if (Pxx.numel() == 0 || n == 0) {
@@ -116,7 +125,8 @@ double computeTHD(array<double, 1>& Pxx, const array<double, 1>& F, double rbw, 
   // residual DC skirt is found like any other tone and removed.
   Pxx[0] = 2.0 * Pxx[0];
   getToneFromPSD(Pxx, F, rbw, true, 0.0, power, freq, left, right);
-  for (int k = left; k <= right; ++k) Pxx[k] = 0.0;
+  for (int k = left; k <= right; ++k)
+    Pxx[k] = 0.0;
 
   double p1 = 0.0;
   double f1 = 0.0;
@@ -130,7 +140,8 @@ double computeTHD(array<double, 1>& Pxx, const array<double, 1>& F, double rbw, 
     getToneFromPSD(Pxx, F, rbw, true, static_cast<double>(i) * f1, pi, fi, left, right);
     harmpow[i - 1] = 10.0 * std::log10(pi);
     harmfreq[i - 1] = fi;
-    if (!std::isnan(pi)) harmonics += pi;
+    if (!std::isnan(pi))
+      harmonics += pi;
   }
   return 10.0 * std::log10(harmonics / p1);
 }
@@ -147,12 +158,14 @@ double thd(const array<double, N>& x, double fs, int n, array<double, 1>& harmpo
   array<double, 1> centred;
   centred.set_size(len);
   const double mean = coder::mean(x.data(), len);
-  for (int k = 0; k < len; ++k) centred[k] = x[k] - mean;
+  for (int k = 0; k < len; ++k)
+    centred[k] = x[k] - mean;
   array<double, 1> w;
   kaiser(len, 38.0, w);
   // The equivalent noise bandwidth with MATLAB's blocked sums over the window.
   std::vector<double> squares(static_cast<size_t>(len));
-  for (int k = 0; k < len; ++k) squares[static_cast<size_t>(k)] = w[k] * w[k];
+  for (int k = 0; k < len; ++k)
+    squares[static_cast<size_t>(k)] = w[k] * w[k];
   const double sum_sq = coder::sum(squares.data(), len);
   const double sum = coder::sum(w.data(), len);
   const double rbw = sum_sq / (sum * sum) * fs;
@@ -162,9 +175,7 @@ double thd(const array<double, N>& x, double fs, int n, array<double, 1>& harmpo
   return computeTHD(Pxx, F, rbw, n, harmpow, harmfreq);
 }
 
-template double thd<1>(const array<double, 1>&, double, int, array<double, 1>&,
-                       array<double, 1>&);
-template double thd<2>(const array<double, 2>&, double, int, array<double, 1>&,
-                       array<double, 1>&);
+template double thd<1>(const array<double, 1>&, double, int, array<double, 1>&, array<double, 1>&);
+template double thd<2>(const array<double, 2>&, double, int, array<double, 1>&, array<double, 1>&);
 
 } // namespace coder

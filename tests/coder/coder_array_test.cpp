@@ -14,7 +14,8 @@ TEST(CoderArray, ColumnMajorIndexingAndExtents) {
   EXPECT_EQ(a.size(1), 0);
   EXPECT_TRUE(a.empty());
   a.set_size(3, 4);
-  for (int i = 0; i < a.numel(); ++i) a[i] = i;
+  for (int i = 0; i < a.numel(); ++i)
+    a[i] = i;
   EXPECT_EQ(a.size(0), 3);
   EXPECT_EQ(a.size(1), 4);
   EXPECT_EQ(a.numel(), 12);
@@ -28,13 +29,16 @@ TEST(CoderArray, ColumnMajorIndexingAndExtents) {
 TEST(CoderArray, SetSizeKeepsElementsAtTheirFlatPositions) {
   coder::array<int, 2> a;
   a.set_size(2, 3);
-  for (int i = 0; i < 6; ++i) a[i] = 10 + i;
+  for (int i = 0; i < 6; ++i)
+    a[i] = 10 + i;
   const int* before = a.data();
   a.set_size(3, 2); // same count: no reallocation, same flat order
   EXPECT_EQ(a.data(), before);
-  for (int i = 0; i < 6; ++i) EXPECT_EQ(a[i], 10 + i);
+  for (int i = 0; i < 6; ++i)
+    EXPECT_EQ(a[i], 10 + i);
   a.set_size(1, 40); // grows beyond the capacity of 16
-  for (int i = 0; i < 6; ++i) EXPECT_EQ(a[i], 10 + i);
+  for (int i = 0; i < 6; ++i)
+    EXPECT_EQ(a[i], 10 + i);
   a.set_size(1, 2); // shrinking keeps the first elements and the capacity
   EXPECT_EQ(a[0], 10);
   EXPECT_EQ(a[1], 11);
@@ -60,7 +64,8 @@ TEST(CoderArray, CapacityStartsAtSixteenAndDoubles) {
 TEST(CoderArray, CopiesAreDeepAndMovesTransferTheBuffer) {
   coder::array<double, 1> a;
   a.set_size(5);
-  for (int i = 0; i < 5; ++i) a[i] = i * 1.5;
+  for (int i = 0; i < 5; ++i)
+    a[i] = i * 1.5;
   coder::array<double, 1> b(a);
   b[0] = 99.0;
   EXPECT_EQ(a[0], 0.0);
@@ -79,7 +84,8 @@ TEST(CoderArray, CopiesAreDeepAndMovesTransferTheBuffer) {
 TEST(CoderArray, ReshapeIsAViewOfTheSameElements) {
   coder::array<double, 2> row;
   row.set_size(1, 6);
-  for (int i = 0; i < 6; ++i) row[i] = i;
+  for (int i = 0; i < 6; ++i)
+    row[i] = i;
   coder::array<double, 1> column = row.reshape(6);
   EXPECT_EQ(column.data(), row.data());
   EXPECT_FALSE(column.is_owner());
@@ -107,7 +113,8 @@ TEST(CoderArray, ComplexElementsAreAdjacentDoubles) {
 TEST(BinaryExpandOp, RepeatsSingletonDimensions) {
   coder::array<double, 2> column;
   column.set_size(3, 1);
-  for (int i = 0; i < 3; ++i) column[i] = i + 1; // 1 2 3
+  for (int i = 0; i < 3; ++i)
+    column[i] = i + 1; // 1 2 3
   coder::array<double, 2> row;
   row.set_size(1, 2);
   row[0] = 10.0;
@@ -139,7 +146,8 @@ TEST(BinaryExpandOp, RepeatsSingletonDimensions) {
   // Incompatible extents give an empty result rather than reading past either operand.
   coder::array<double, 2> three;
   three.set_size(1, 3);
-  for (int i = 0; i < 3; ++i) three[i] = 1.0;
+  for (int i = 0; i < 3; ++i)
+    three[i] = 1.0;
   coder::array<double, 2> bad;
   coder::rdivide(bad, row, three);
   EXPECT_EQ(bad.numel(), 0);

@@ -19,9 +19,11 @@ constexpr double kDetrendTol = 1e-13;
 
 std::vector<double> relativeToInput(const std::vector<double>& v, const std::vector<double>& x) {
   double scale = 0.0;
-  for (double e : x) scale = std::max(scale, std::fabs(e));
+  for (double e : x)
+    scale = std::max(scale, std::fabs(e));
   std::vector<double> out;
-  for (double e : v) out.push_back(e / scale);
+  for (double e : v)
+    out.push_back(e / scale);
   return out;
 }
 
@@ -47,17 +49,20 @@ TEST(Detrend, RemovesTheSameLineAsOctave) {
 TEST(Detrend, StraightLinesVanishAndNaNSpreads) {
   coder::array<double, 2> line;
   line.set_size(1, 50);
-  for (int k = 0; k < 50; ++k) line[k] = 3.0 - 0.25 * k;
+  for (int k = 0; k < 50; ++k)
+    line[k] = 3.0 - 0.25 * k;
   coder::array<double, 2> y;
   coder::detrend(line, y);
   ASSERT_EQ(y.size(0), 1);
   ASSERT_EQ(y.size(1), 50);
-  for (int k = 0; k < 50; ++k) EXPECT_NEAR(y[k], 0.0, 1e-14);
+  for (int k = 0; k < 50; ++k)
+    EXPECT_NEAR(y[k], 0.0, 1e-14);
 
   // In place, a NaN sample makes the whole result NaN.
   line[7] = std::nan("");
   coder::detrend(line, line);
-  for (int k = 0; k < 50; ++k) EXPECT_TRUE(std::isnan(line[k]));
+  for (int k = 0; k < 50; ++k)
+    EXPECT_TRUE(std::isnan(line[k]));
 
   coder::array<double, 1> single;
   single.set_size(1);

@@ -62,7 +62,8 @@ TEST(EmlFloatColon, BlockStepsOverWholeSpansReachTheirEndExactly) {
         EXPECT_EQ(y[0], a);
         EXPECT_EQ(y[steps], b);
         for (int k = 0; k <= steps; ++k) {
-          ASSERT_NEAR(y[k], a + k * d, 8.0 * 2.220446049250313e-16 * std::fmax(std::fabs(a), std::fabs(b)) + 1e-300);
+          ASSERT_NEAR(y[k], a + k * d,
+                      8.0 * 2.220446049250313e-16 * std::fmax(std::fabs(a), std::fabs(b)) + 1e-300);
         }
       }
     }

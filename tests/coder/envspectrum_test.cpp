@@ -27,8 +27,8 @@ TEST(Envspectrum, MatchesTheOctaveTranscription) {
     const auto& setup = golden["case_" + s];
     const double fs = setup[0];
     const int n = static_cast<int>(setup[1]);
-    const auto x = golden.has("x_" + s) ? golden["x_" + s]
-                                        : lcgSignal(static_cast<int>(setup[3]), n);
+    const auto x =
+        golden.has("x_" + s) ? golden["x_" + s] : lcgSignal(static_cast<int>(setup[3]), n);
     coder::array<double, 1> es;
     coder::array<double, 1> f;
     coder::array<double, 1> env;
@@ -77,7 +77,8 @@ TEST(Envspectrum, AmplitudeModulatedToneHasItsLineAtTheModulationFrequency) {
   coder::envspectrum(x, fs, es, f, env, t);
   int best = 1;
   for (int k = 2; k < es.numel(); ++k) {
-    if (es[k] > es[best]) best = k;
+    if (es[k] > es[best])
+      best = k;
   }
   EXPECT_EQ(best, 128);
   EXPECT_EQ(f[best], 125.0);

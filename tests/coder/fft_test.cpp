@@ -26,15 +26,18 @@ constexpr double kDirectTol = 1e-14;
 coder::array<double, 2> row(const std::vector<double>& v) {
   coder::array<double, 2> a;
   a.set_size(1, static_cast<int>(v.size()));
-  for (size_t k = 0; k < v.size(); ++k) a[static_cast<int>(k)] = v[k];
+  for (size_t k = 0; k < v.size(); ++k)
+    a[static_cast<int>(k)] = v[k];
   return a;
 }
 
 // Real and imaginary parts one after the other, so that one norm-wise error covers both.
 std::vector<double> flatten(const coder::array<creal_T, 2>& y) {
   std::vector<double> v;
-  for (int k = 0; k < y.numel(); ++k) v.push_back(y[k].re);
-  for (int k = 0; k < y.numel(); ++k) v.push_back(y[k].im);
+  for (int k = 0; k < y.numel(); ++k)
+    v.push_back(y[k].re);
+  for (int k = 0; k < y.numel(); ++k)
+    v.push_back(y[k].im);
   return v;
 }
 
@@ -48,7 +51,8 @@ TEST(Fft, RealRowsMatchOctaveWithPaddingAndCutting) {
   vek_test::WorstError worst("fft real rows against Octave");
   for (const auto& entry : golden.entries()) {
     const std::string& name = entry.first;
-    if (name.rfind("re_", 0) != 0) continue;
+    if (name.rfind("re_", 0) != 0)
+      continue;
     const auto sep = name.find('_', 3);
     const std::string len = name.substr(3, sep - 3);
     const int n = std::stoi(name.substr(sep + 1));
@@ -57,8 +61,8 @@ TEST(Fft, RealRowsMatchOctaveWithPaddingAndCutting) {
     coder::fft(row(golden["x_" + len]), n, y);
     ASSERT_EQ(y.size(0), 1);
     ASSERT_EQ(y.size(1), n);
-    worst.expect(closeRelative(flatten(y), join(entry.second, golden["im_" + len + "_" + std::to_string(n)]),
-                               kFftTol));
+    worst.expect(closeRelative(
+        flatten(y), join(entry.second, golden["im_" + len + "_" + std::to_string(n)]), kFftTol));
   }
   coder::array<creal_T, 2> cut;
   coder::fft(row(golden["xcut"]), 6, cut);
@@ -102,10 +106,11 @@ TEST(Fft, BlockLengthsWithFourAndSixteenFoldPaddingMatchOctave) {
         re.push_back(y[static_cast<int>(b)].re);
         im.push_back(y[static_cast<int>(b)].im);
       }
-      worst.expect(closeRelative(join(re, im), join(golden["bre_" + key], golden["bim_" + key]),
-                                 kFftTol));
+      worst.expect(
+          closeRelative(join(re, im), join(golden["bre_" + key], golden["bim_" + key]), kFftTol));
       double power = 0.0;
-      for (int k = 0; k < n; ++k) power += y[k].re * y[k].re + y[k].im * y[k].im;
+      for (int k = 0; k < n; ++k)
+        power += y[k].re * y[k].re + y[k].im * y[k].im;
       worst.expect(closeRelative({power}, golden["bpow_" + key], kFftTol));
     }
   }
@@ -114,8 +119,10 @@ TEST(Fft, BlockLengthsWithFourAndSixteenFoldPaddingMatchOctave) {
 TEST(Fft, AgreesWithDirectDftForEveryShortLength) {
   vek_test::WorstError worst("fft against naive DFT");
   std::vector<int> lengths;
-  for (int n = 1; n <= 40; ++n) lengths.push_back(n);
-  for (int n : {97, 128, 210, 1000, 1024}) lengths.push_back(n);
+  for (int n = 1; n <= 40; ++n)
+    lengths.push_back(n);
+  for (int n : {97, 128, 210, 1000, 1024})
+    lengths.push_back(n);
   for (int n : lengths) {
     SCOPED_TRACE(n);
     const auto xs = vek_test::lcgSignal(11 + n, n);
@@ -128,7 +135,8 @@ TEST(Fft, AgreesWithDirectDftForEveryShortLength) {
       long double im = 0.0L;
       for (int j = 0; j < n; ++j) {
         // The exact angle reduced modulo n first keeps the argument small.
-        const long double a = -2.0L * pi * static_cast<long double>((static_cast<long long>(j) * k) % n) / n;
+        const long double a =
+            -2.0L * pi * static_cast<long double>((static_cast<long long>(j) * k) % n) / n;
         re += xs[static_cast<size_t>(j)] * std::cos(a);
         im += xs[static_cast<size_t>(j)] * std::sin(a);
       }
@@ -142,7 +150,8 @@ TEST(Fft, AgreesWithDirectDftForEveryShortLength) {
 TEST(Fft, ShapesRoundTripAndEmptyLengths) {
   coder::array<double, 1> column;
   column.set_size(5);
-  for (int k = 0; k < 5; ++k) column[k] = k * k - 3.0;
+  for (int k = 0; k < 5; ++k)
+    column[k] = k * k - 3.0;
   coder::array<creal_T, 1> spectrum;
   coder::fft(column, 8, spectrum);
   EXPECT_EQ(spectrum.size(0), 8);
@@ -154,7 +163,8 @@ TEST(Fft, ShapesRoundTripAndEmptyLengths) {
 
   coder::array<double, 2> col2;
   col2.set_size(5, 1);
-  for (int k = 0; k < 5; ++k) col2[k] = column[k];
+  for (int k = 0; k < 5; ++k)
+    col2[k] = column[k];
   coder::array<creal_T, 2> spec2;
   coder::fft(col2, 16, spec2);
   EXPECT_EQ(spec2.size(0), 16);
@@ -164,7 +174,8 @@ TEST(Fft, ShapesRoundTripAndEmptyLengths) {
   coder::array<creal_T, 1> forward;
   coder::array<creal_T, 1> z;
   z.set_size(7);
-  for (int k = 0; k < 7; ++k) z[k] = {std::sin(k + 0.5), std::cos(3.0 * k)};
+  for (int k = 0; k < 7; ++k)
+    z[k] = {std::sin(k + 0.5), std::cos(3.0 * k)};
   coder::fft(z, 7, forward);
   coder::ifft(forward, back);
   for (int k = 0; k < 7; ++k) {
@@ -194,12 +205,15 @@ TEST(Fft, ThreadsPlanningNewLengthsAtOnceGetTheSameBits) {
         const auto x = row(vek_test::lcgSignal(5, n));
         coder::array<creal_T, 2> y;
         coder::fft(x, n, y);
-        for (int k = 0; k < n; k += 97) results[t].push_back(y[k].re + y[k].im);
+        for (int k = 0; k < n; k += 97)
+          results[t].push_back(y[k].re + y[k].im);
       }
     });
   }
-  for (auto& th : threads) th.join();
-  for (size_t t = 1; t < results.size(); ++t) EXPECT_EQ(results[t], results[0]);
+  for (auto& th : threads)
+    th.join();
+  for (size_t t = 1; t < results.size(); ++t)
+    EXPECT_EQ(results[t], results[0]);
 }
 
 } // namespace

@@ -18,8 +18,8 @@ constexpr double kFilterTol = 1e-14;
 TEST(Filter, RealAndComplexSignalsMatchOctave) {
   const GoldenFile golden("tests/coder/golden/filter.txt");
   WorstError worst("filter against Octave");
-  const int cases[][2] = {{1, 1}, {1, 10}, {2, 1}, {2, 7}, {5, 3}, {5, 100},
-                          {51, 1000}, {299, 1000}, {501, 2000}};
+  const int cases[][2] = {{1, 1},   {1, 10},    {2, 1},      {2, 7},     {5, 3},
+                          {5, 100}, {51, 1000}, {299, 1000}, {501, 2000}};
   for (const auto& c : cases) {
     const std::string key = std::to_string(c[0]) + "_" + std::to_string(c[1]);
     SCOPED_TRACE(key);
@@ -28,12 +28,13 @@ TEST(Filter, RealAndComplexSignalsMatchOctave) {
     const auto& im = golden["xim_" + key];
     coder::array<creal_T, 2> x;
     x.set_size(1, static_cast<int>(re.size()));
-    for (int k = 0; k < x.numel(); ++k) x[k] = {re[static_cast<size_t>(k)], im[static_cast<size_t>(k)]};
+    for (int k = 0; k < x.numel(); ++k)
+      x[k] = {re[static_cast<size_t>(k)], im[static_cast<size_t>(k)]};
     coder::array<creal_T, 2> y;
     coder::filter(b, x, y);
     ASSERT_EQ(y.size(1), x.size(1));
-    worst.expect(closeRelative(flatten(y), join(golden["yre_" + key], golden["yim_" + key]),
-                               kFilterTol));
+    worst.expect(
+        closeRelative(flatten(y), join(golden["yre_" + key], golden["yim_" + key]), kFilterTol));
     coder::array<double, 2> yr;
     coder::filter(b, toRow(re), yr);
     worst.expect(closeRelative(toVector(yr), golden["yreal_" + key], kFilterTol));

@@ -64,7 +64,8 @@ TEST(Firls, DesignsMatchOctave) {
     worst.expect(closeRelative(got, want, tol));
     worst_response.expect(closeRelative(response(got), response(want), tol));
     // Linear phase: exactly symmetric taps.
-    for (int k = 0; k <= order / 2; ++k) ASSERT_EQ(h[k], h[order - k]);
+    for (int k = 0; k <= order / 2; ++k)
+      ASSERT_EQ(h[k], h[order - k]);
   }
 }
 
@@ -98,8 +99,10 @@ TEST(Firls, FixedFormsOfTheBlocksAndTheCache) {
       seen[t] = *coder::firlsTaps(298, {0, 0.1, 0.15, 0.3, 0.35, 1}, {0, 0, 1, 1, 0, 0});
     });
   }
-  for (auto& th : threads) th.join();
-  for (size_t t = 1; t < seen.size(); ++t) EXPECT_EQ(seen[t], seen[0]);
+  for (auto& th : threads)
+    th.join();
+  for (size_t t = 1; t < seen.size(); ++t)
+    EXPECT_EQ(seen[t], seen[0]);
 
   // Odd orders and odd edge counts have no type I design: an empty row, no crash.
   coder::array<double, 2> none;
@@ -130,7 +133,8 @@ TEST(Fir1, BandPassMatchesThePublishedStepsAndUnitCentreGain) {
   EXPECT_EQ(b[0], b[50]);
   EXPECT_NEAR(b[25], 0.24960085385863898, 1e-16);
   double sum_abs = 0.0;
-  for (int k = 0; k < 51; ++k) sum_abs += std::fabs(b[k]);
+  for (int k = 0; k < 51; ++k)
+    sum_abs += std::fabs(b[k]);
   EXPECT_NEAR(sum_abs, 1.6349685100087903, 1e-15);
   // Unit gain at the band centre 0.625 of Nyquist.
   double re = 0.0;

@@ -28,8 +28,8 @@ TEST(Hilbert, AnalyticSignalMatchesOctave) {
     coder::hilbert(toRow(golden["x_" + s]), z);
     ASSERT_EQ(z.size(0), 1);
     ASSERT_EQ(z.size(1), n);
-    worst.expect(closeRelative(flatten(z), join(golden["re_" + s], golden["im_" + s]),
-                               kHilbertTol));
+    worst.expect(
+        closeRelative(flatten(z), join(golden["re_" + s], golden["im_" + s]), kHilbertTol));
   }
   for (int n : {4096, 16384}) {
     const std::string s = std::to_string(n);
@@ -42,8 +42,8 @@ TEST(Hilbert, AnalyticSignalMatchesOctave) {
       re.push_back(z[static_cast<int>(k)].re);
       im.push_back(z[static_cast<int>(k)].im);
     }
-    worst.expect(closeRelative(join(re, im), join(golden["bre_" + s], golden["bim_" + s]),
-                               kHilbertTol));
+    worst.expect(
+        closeRelative(join(re, im), join(golden["bre_" + s], golden["bim_" + s]), kHilbertTol));
   }
 }
 
@@ -53,7 +53,8 @@ TEST(Hilbert, CosineTurnsIntoSineAndKeepsTheColumnShape) {
   const int n = 64;
   coder::array<double, 1> x;
   x.set_size(n);
-  for (int k = 0; k < n; ++k) x[k] = std::cos(2.0 * 3.141592653589793 * 5.0 * k / n);
+  for (int k = 0; k < n; ++k)
+    x[k] = std::cos(2.0 * 3.141592653589793 * 5.0 * k / n);
   coder::array<creal_T, 1> z;
   coder::hilbert(x, z);
   ASSERT_EQ(z.size(0), n);

@@ -52,7 +52,8 @@ TEST(Periodogram, ParsevalAndGridEnds) {
   const int n = 64;
   coder::array<double, 1> x;
   x.set_size(n);
-  for (int k = 0; k < n; ++k) x[k] = std::sin(0.7 * k) + 0.1 * k / n;
+  for (int k = 0; k < n; ++k)
+    x[k] = std::sin(0.7 * k) + 0.1 * k / n;
   coder::array<double, 1> w;
   coder::tukeywin(n, w);
   coder::array<double, 1> P;
@@ -60,9 +61,11 @@ TEST(Periodogram, ParsevalAndGridEnds) {
   coder::periodogram(x, w, n, 1000.0, P, F);
   ASSERT_EQ(P.size(0), n / 2 + 1);
   double integral = 0.0;
-  for (int k = 0; k < P.numel(); ++k) integral += P[k] * (1000.0 / n);
+  for (int k = 0; k < P.numel(); ++k)
+    integral += P[k] * (1000.0 / n);
   double mean_square = 0.0;
-  for (int k = 0; k < n; ++k) mean_square += x[k] * x[k] / n;
+  for (int k = 0; k < n; ++k)
+    mean_square += x[k] * x[k] / n;
   EXPECT_NEAR(integral, mean_square, 1e-13);
   EXPECT_EQ(F[0], 0.0);
   EXPECT_EQ(F[n / 2], 500.0);

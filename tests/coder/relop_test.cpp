@@ -16,7 +16,8 @@ using coder::internal::relop;
 size_t argmax(const std::vector<creal_T>& v) {
   size_t best = 0;
   for (size_t k = 1; k < v.size(); ++k) {
-    if (relop(v[best], v[k])) best = k;
+    if (relop(v[best], v[k]))
+      best = k;
   }
   return best;
 }

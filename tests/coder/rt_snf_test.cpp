@@ -1,7 +1,7 @@
-#include "coder/rt_nonfinite.h"
-#include "coder/rt_snf.h"
 #include "coder/rtGetInf.h"
 #include "coder/rtGetNaN.h"
+#include "coder/rt_nonfinite.h"
+#include "coder/rt_snf.h"
 
 #include <gtest/gtest.h>
 

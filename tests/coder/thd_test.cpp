@@ -26,10 +26,9 @@ std::vector<double> supplySignal(double fs, int n, double f, int seed) {
   std::vector<double> x(static_cast<size_t>(n));
   for (int k = 0; k < n; ++k) {
     const double t = static_cast<double>(k) / fs;
-    x[static_cast<size_t>(k)] = std::sin(2.0 * pi * f * t) +
-                                0.05 * std::sin(2.0 * pi * 3.0 * f * t + 0.3) +
-                                0.02 * std::cos(2.0 * pi * 5.0 * f * t) +
-                                1e-3 * noise[static_cast<size_t>(k)];
+    x[static_cast<size_t>(k)] =
+        std::sin(2.0 * pi * f * t) + 0.05 * std::sin(2.0 * pi * 3.0 * f * t + 0.3) +
+        0.02 * std::cos(2.0 * pi * 5.0 * f * t) + 1e-3 * noise[static_cast<size_t>(k)];
   }
   return x;
 }
@@ -43,9 +42,8 @@ TEST(Thd, MatchesTheOctaveReference) {
     const auto& setup = golden["case_" + s];
     const double fs = setup[0];
     const int n = static_cast<int>(setup[1]);
-    const auto x = golden.has("x_" + s)
-                       ? golden["x_" + s]
-                       : supplySignal(fs, n, setup[2], static_cast<int>(setup[4]));
+    const auto x = golden.has("x_" + s) ? golden["x_" + s]
+                                        : supplySignal(fs, n, setup[2], static_cast<int>(setup[4]));
     coder::array<double, 1> harmpow;
     coder::array<double, 1> harmfreq;
     const double r = coder::thd(toRow(x), fs, static_cast<int>(setup[3]), harmpow, harmfreq);
@@ -77,9 +75,11 @@ TEST(Thd, FivePercentThirdHarmonicReadsFivePercent) {
   // Fundamental power: amplitude^2 / 2 in dB.
   EXPECT_NEAR(harmpow[0], 10.0 * std::log10(230.0 * 230.0 / 2.0), 1e-4);
   // A pure tone has no harmonics to speak of; silence has no fundamental.
-  for (int k = 0; k < n; ++k) x[k] = std::sin(2.0 * pi * 50.0 * k / fs);
+  for (int k = 0; k < n; ++k)
+    x[k] = std::sin(2.0 * pi * 50.0 * k / fs);
   EXPECT_LT(coder::thd(x, fs, 5, harmpow, harmfreq), -200.0);
-  for (int k = 0; k < n; ++k) x[k] = 3.0;
+  for (int k = 0; k < n; ++k)
+    x[k] = 3.0;
   EXPECT_TRUE(std::isnan(coder::thd(x, fs, 5, harmpow, harmfreq)));
   EXPECT_TRUE(std::isnan(harmfreq[0]));
   // Too short or too few harmonics: NaN, no crash.

@@ -54,9 +54,11 @@ TEST(Windows, SymmetryAndHandWorkedValues) {
   EXPECT_EQ(w[0], 1.0);
   // Exactly mirrored, as the blocks' correlation sums assume.
   coder::hanning(4096, w);
-  for (int k = 0; k < 2048; ++k) ASSERT_EQ(w[k], w[4095 - k]);
+  for (int k = 0; k < 2048; ++k)
+    ASSERT_EQ(w[k], w[4095 - k]);
   coder::kaiser(40960, 38.0, w);
-  for (int k = 0; k < 20480; k += 7) ASSERT_EQ(w[k], w[40959 - k]);
+  for (int k = 0; k < 20480; k += 7)
+    ASSERT_EQ(w[k], w[40959 - k]);
   // kaiser ends are 1 / I0(38); I0(38) = 3.2781564739262179e15 (series in long double).
   coder::kaiser(5, 38.0, w);
   EXPECT_NEAR(w[0] * coder::internal::besselI0(38.0), 1.0, 1e-15);
