@@ -38,7 +38,7 @@ public:
 
   array_base& operator=(const array_base& other) {
     if (this != &other) {
-      // Assigning into an array keeps it an owner of a buffer of its own.
+      // Assigning into an array makes it an owner of a buffer of its own.
       const SZ n = other.numel();
       if (!owner_) {
         data_ = nullptr;
@@ -73,10 +73,14 @@ public:
   ~array_base() { release(); }
 
   // Changes the extents; the first min(old, new) elements keep their flat positions and
-  // the elements beyond the old count are NOT initialised: fill them after sizing.
+  // the elements beyond the old count are NOT initialised: fill them after sizing. A
+  // negative extent counts as 0.
   template <typename... Dims> void set_size(Dims... dims) {
     static_assert(sizeof...(Dims) == static_cast<size_t>(N), "one extent per dimension");
-    const SZ extents[N] = {static_cast<SZ>(dims)...};
+    SZ extents[N] = {static_cast<SZ>(dims)...};
+    // A negative extent (a count computed from bad data) sizes the array empty.
+    for (int d = 0; d < N; ++d)
+      extents[d] = extents[d] < 0 ? 0 : extents[d];
     SZ n = 1;
     for (int d = 0; d < N; ++d)
       n *= extents[d];
@@ -116,7 +120,8 @@ public:
     static_assert(sizeof...(Dims) == static_cast<size_t>(N), "one extent per dimension");
     release();
     const SZ extents[N] = {static_cast<SZ>(dims)...};
-    std::copy(extents, extents + N, size_);
+    for (int d = 0; d < N; ++d)
+      size_[d] = extents[d] < 0 ? 0 : extents[d];
     data_ = buffer;
     capacity_ = numel();
     owner_ = false;

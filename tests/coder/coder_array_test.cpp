@@ -45,6 +45,27 @@ TEST(CoderArray, SetSizeKeepsElementsAtTheirFlatPositions) {
   EXPECT_EQ(a.capacity(), 64);
 }
 
+TEST(CoderArray, NegativeExtentsSizeEmptyAndViewsGrowIntoTheirOwnBuffer) {
+  coder::array<double, 2> a;
+  a.set_size(-3, 4);
+  EXPECT_EQ(a.size(0), 0);
+  EXPECT_EQ(a.numel(), 0);
+  coder::array<double, 2> copy(a);
+  EXPECT_EQ(copy.numel(), 0);
+  double outside[3] = {1.0, 2.0, 3.0};
+  coder::array<double, 1> view;
+  view.set(outside, 3);
+  EXPECT_FALSE(view.is_owner());
+  view[1] = 20.0;
+  EXPECT_EQ(outside[1], 20.0);
+  // Growing beyond the outside buffer copies into a buffer of the array's own.
+  view.set_size(40);
+  EXPECT_TRUE(view.is_owner());
+  EXPECT_EQ(view[1], 20.0);
+  view[0] = -1.0;
+  EXPECT_EQ(outside[0], 1.0);
+}
+
 TEST(CoderArray, CapacityStartsAtSixteenAndDoubles) {
   coder::array<double, 1> a;
   a.set_size(1);
