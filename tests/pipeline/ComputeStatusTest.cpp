@@ -41,6 +41,39 @@ protected:
     m->computeStatus(m.shown->getData({1, 2, 3}));
   }
 
+  // Humidity and pressure of one wireless module at point 11, each with its own weight and
+  // messages: humidity (high is bad, 60/70/80 %) raises 1401 with recommendation 31 for orange
+  // and 32 for yellow; pressure (low is bad, 5/4/3 bar, weight 0.5) raises 1402 with 33.
+  static PlantBuilder humidityAndPressure() {
+    PlantBuilder rows = machine(42, 104);
+    rows.add(VisualizationRow(601, 42, "HUMIDITY")
+                 .channel(100)
+                 .controlPoint(11)
+                 .thresholds(60, 70, 80)
+                 .kz(1.0)
+                 .corridorActive(true)
+                 .messageSettings(messageSettings({{"corridorActive", {{"1401", {31, 32}}}}})))
+        .add(VisualizationRow(602, 42, "PRESSURE")
+                 .channel(100)
+                 .controlPoint(11)
+                 .thresholds(5, 4, 3)
+                 .kz(0.5)
+                 .corridorActive(true)
+                 .messageSettings(messageSettings({{"corridorActive", {{"1402", {33}}}}})))
+        .add(MessageRow("1401"))
+        .add(MessageRow("1402"))
+        .add(MessageRow("30"))
+        .add(RecommendationRow(31, "1401").typeMessage(3))
+        .add(RecommendationRow(32, "1401").typeMessage(2))
+        .add(RecommendationRow(33, "1402").typeMessage(3))
+        .add(MeasurementRow(1001, 42)
+                 .module(104, 1)
+                 .at(kDate)
+                 .raw(RawRow(13, 7).samples({75.0}))
+                 .raw(RawRow(3, 7).samples({2.0})));
+    return rows;
+  }
+
   std::string pointStatus() {
     return scalar("SELECT COALESCE(status::text, 'NULL') || '|' || COALESCE(status_max::text, "
                   "'NULL') || '|' || COALESCE(status_at::text, 'NULL') FROM control_point "
@@ -49,39 +82,6 @@ protected:
 
   DataCache cache;
 };
-
-// Humidity and pressure of one wireless module at point 11, each with its own weight and
-// messages: humidity (high is bad, 60/70/80 %) raises 1401 with recommendation 31 for orange
-// and 32 for yellow; pressure (low is bad, 5/4/3 bar, weight 0.5) raises 1402 with 33.
-PlantBuilder humidityAndPressure() {
-  PlantBuilder rows = PipelineTest::machine(42, 104);
-  rows.add(VisualizationRow(601, 42, "HUMIDITY")
-               .channel(100)
-               .controlPoint(11)
-               .thresholds(60, 70, 80)
-               .kz(1.0)
-               .corridorActive(true)
-               .messageSettings(messageSettings({{"corridorActive", {{"1401", {31, 32}}}}})))
-      .add(VisualizationRow(602, 42, "PRESSURE")
-               .channel(100)
-               .controlPoint(11)
-               .thresholds(5, 4, 3)
-               .kz(0.5)
-               .corridorActive(true)
-               .messageSettings(messageSettings({{"corridorActive", {{"1402", {33}}}}})))
-      .add(MessageRow("1401"))
-      .add(MessageRow("1402"))
-      .add(MessageRow("30"))
-      .add(RecommendationRow(31, "1401").typeMessage(3))
-      .add(RecommendationRow(32, "1401").typeMessage(2))
-      .add(RecommendationRow(33, "1402").typeMessage(3))
-      .add(MeasurementRow(1001, 42)
-               .module(104, 1)
-               .at(kDate)
-               .raw(RawRow(13, 7).samples({75.0}))
-               .raw(RawRow(3, 7).samples({2.0})));
-  return rows;
-}
 
 TEST_F(ComputeStatus, WeightedPointStatusItsMessagesAndTheMachine) {
   humidityAndPressure().insert(sql());
