@@ -17,12 +17,33 @@ FftPlanCache::~FftPlanCache() {
     fftw_destroy_plan(entry.second);
 }
 
-fftw_plan FftPlanCache::plan(Kind kind, int n) {
+FftPlanCache::Plan::~Plan() {
+  if (!temporary_)
+    return;
+  std::lock_guard<std::mutex> lock(owner_->mutex_);
+  fftw_destroy_plan(plan_);
+}
+
+size_t FftPlanCache::size() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return plans_.size();
+}
+
+FftPlanCache::Plan FftPlanCache::plan(Kind kind, int n) {
   std::lock_guard<std::mutex> lock(mutex_);
   const auto key = std::make_pair(kind, n);
   const auto found = plans_.find(key);
   if (found != plans_.end())
-    return found->second;
+    return Plan(this, found->second, false);
+  fftw_plan made = make(kind, n);
+  if (plans_.size() >= kMaxPlans)
+    return Plan(this, made, true);
+  plans_.emplace(key, made);
+  return Plan(this, made, false);
+}
+
+// Called with the lock held: the planner is not thread-safe.
+fftw_plan FftPlanCache::make(Kind kind, int n) {
   const size_t count = static_cast<size_t>(n);
   fftw_plan made = nullptr;
   // Planning with FFTW_ESTIMATE does not touch the buffers; they only fix the alignment
@@ -40,7 +61,6 @@ fftw_plan FftPlanCache::plan(Kind kind, int n) {
   }
   if (made == nullptr)
     throw std::bad_alloc();
-  plans_.emplace(key, made);
   return made;
 }
 

@@ -18,6 +18,32 @@ class FftPlanCache {
 public:
   enum class Kind { RealForward, ComplexForward, ComplexBackward };
 
+  // Lengths kept planned. Beyond them a length is planned for the one call and destroyed
+  // after it, so signals of ever new lengths cannot make the process grow without end.
+  static constexpr size_t kMaxPlans = 64;
+
+  // A plan ready to execute for the duration of the handle's life.
+  class Plan {
+  public:
+    Plan(Plan&& other) noexcept
+        : owner_(other.owner_), plan_(other.plan_), temporary_(other.temporary_) {
+      other.temporary_ = false;
+    }
+    Plan(const Plan&) = delete;
+    Plan& operator=(const Plan&) = delete;
+    Plan& operator=(Plan&&) = delete;
+    ~Plan();
+    fftw_plan get() const { return plan_; }
+
+  private:
+    friend class FftPlanCache;
+    Plan(FftPlanCache* owner, fftw_plan plan, bool temporary)
+        : owner_(owner), plan_(plan), temporary_(temporary) {}
+    FftPlanCache* owner_;
+    fftw_plan plan_;
+    bool temporary_;
+  };
+
   // The process-wide cache.
   static FftPlanCache& instance();
 
@@ -26,7 +52,10 @@ public:
   // run). Plans are out of place, for buffers from fftw_malloc: real-to-complex reads n
   // doubles and writes n/2 + 1 complex values; the complex kinds read and write n complex
   // values, unscaled.
-  fftw_plan plan(Kind kind, int n);
+  Plan plan(Kind kind, int n);
+
+  // How many plans are kept.
+  size_t size();
 
   FftPlanCache(const FftPlanCache&) = delete;
   FftPlanCache& operator=(const FftPlanCache&) = delete;
@@ -34,6 +63,7 @@ public:
 private:
   FftPlanCache() = default;
   ~FftPlanCache();
+  fftw_plan make(Kind kind, int n);
 
   std::mutex mutex_;
   std::map<std::pair<Kind, int>, fftw_plan> plans_;

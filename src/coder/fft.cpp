@@ -35,8 +35,8 @@ void fftReal(const double* x, int len, int n, creal_T* y) {
   const int used = std::min(len, n);
   std::copy(x, x + std::max(used, 0), in.get());
   std::fill(in.get() + std::max(used, 0), in.get() + n, 0.0);
-  fftw_execute_dft_r2c(FftPlanCache::instance().plan(FftPlanCache::Kind::RealForward, n), in.get(),
-                       out.get());
+  fftw_execute_dft_r2c(FftPlanCache::instance().plan(FftPlanCache::Kind::RealForward, n).get(),
+                       in.get(), out.get());
   for (int k = 0; k <= half; ++k) {
     y[k].re = out[static_cast<size_t>(k)][0];
     y[k].im = out[static_cast<size_t>(k)][1];
@@ -65,7 +65,7 @@ void fftComplex(const creal_T* x, int len, int n, bool inverse, creal_T* y) {
   }
   const auto kind =
       inverse ? FftPlanCache::Kind::ComplexBackward : FftPlanCache::Kind::ComplexForward;
-  fftw_execute_dft(FftPlanCache::instance().plan(kind, n), in.get(), out.get());
+  fftw_execute_dft(FftPlanCache::instance().plan(kind, n).get(), in.get(), out.get());
   if (inverse) {
     const double scale = static_cast<double>(n);
     for (int k = 0; k < n; ++k) {

@@ -18,7 +18,7 @@ template <int N> void hilbert(const array<double, N>& x, array<creal_T, N>& z) {
     std::copy(x.data(), x.data() + n, in.get());
     const size_t half = count / 2 + 1;
     FftBuffer<fftw_complex> spectrum(half);
-    fftw_execute_dft_r2c(FftPlanCache::instance().plan(FftPlanCache::Kind::RealForward, n),
+    fftw_execute_dft_r2c(FftPlanCache::instance().plan(FftPlanCache::Kind::RealForward, n).get(),
                          in.get(), spectrum.get());
     FftBuffer<fftw_complex> weighted(count);
     FftBuffer<fftw_complex> analytic(count);
@@ -40,7 +40,7 @@ template <int N> void hilbert(const array<double, N>& x, array<creal_T, N>& z) {
         weighted[k][1] = spectrum[k][1] * scale;
       }
     }
-    fftw_execute_dft(FftPlanCache::instance().plan(FftPlanCache::Kind::ComplexBackward, n),
+    fftw_execute_dft(FftPlanCache::instance().plan(FftPlanCache::Kind::ComplexBackward, n).get(),
                      weighted.get(), analytic.get());
     if constexpr (N == 1) {
       z.set_size(n);

@@ -1,5 +1,7 @@
 #include "coder/fft.h"
 
+#include "coder/FftPlanCache.h"
+
 #include "golden_signals.h"
 #include "support/numeric_compare.h"
 #include "worst_error.h"
@@ -214,6 +216,34 @@ TEST(Fft, ThreadsPlanningNewLengthsAtOnceGetTheSameBits) {
     th.join();
   for (size_t t = 1; t < results.size(); ++t)
     EXPECT_EQ(results[t], results[0]);
+}
+
+TEST(Fft, LengthsBeyondTheKeptPlansStillTransformCorrectly) {
+  // Signals of ever new lengths: past the kept plans each call plans for itself, and the
+  // results stay those of the direct DFT.
+  vek_test::WorstError worst("fft beyond the kept plans against naive DFT");
+  auto& cache = coder::internal::FftPlanCache::instance();
+  for (int n = 700; n < 700 + 2 * static_cast<int>(coder::internal::FftPlanCache::kMaxPlans); ++n) {
+    const auto xs = vek_test::lcgSignal(n, n);
+    coder::array<creal_T, 2> y;
+    coder::fft(row(xs), n, y);
+    if (n % 16 != 0)
+      continue;
+    SCOPED_TRACE(n);
+    std::vector<double> want;
+    const long double pi = 3.141592653589793238462643383279502884L;
+    for (int k : {0, 1, n / 3, n - 1}) {
+      long double re = 0.0L;
+      for (int j = 0; j < n; ++j) {
+        re += xs[static_cast<size_t>(j)] *
+              std::cos(-2.0L * pi * static_cast<long double>((static_cast<long long>(j) * k) % n) /
+                       n);
+      }
+      want.push_back(static_cast<double>(re));
+    }
+    worst.expect(closeRelative({y[0].re, y[1].re, y[n / 3].re, y[n - 1].re}, want, 1e-13));
+  }
+  EXPECT_LE(cache.size(), coder::internal::FftPlanCache::kMaxPlans);
 }
 
 } // namespace
