@@ -117,6 +117,13 @@ TEST(DataParsingDecode, TimedRecordsAreKeyedBySecondsOrMilliseconds) {
         {"2023-11-14 22:13:20.5", 13.0}};
     EXPECT_EQ(r.timed_values, expected);
   }
+  // A stamp with its top bit set is a count of milliseconds, not a time before 1970:
+  // 2^63 ms leaves 9223372036854775808 % 1000 = 808 ms.
+  raw top = piece(9, 1, encodeTimedSamples({{9223372036854775808ULL, 1.0}}, 1));
+  DataParsing::decodeRaw(top);
+  ASSERT_EQ(top.timed_values.size(), 1u);
+  const std::string key = top.timed_values.begin()->first;
+  EXPECT_EQ(key.substr(key.size() - 4), ".808");
   // Each format's width follows the 16 stamp characters.
   for (const FormatCase& format : kFormats) {
     SCOPED_TRACE("c_type " + std::to_string(format.c_type));
