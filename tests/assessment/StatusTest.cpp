@@ -78,6 +78,11 @@ TEST(StatusColour, CorridorBoundsAreCutTowardZero) {
   EXPECT_EQ(Status::color_corridor(-97.0f, 10.0f, 20.0f, 1075.0f, 10.0f), 3);
   EXPECT_EQ(Status::color_corridor(-97.2f, 10.0f, 20.0f, 1075.0f, 10.0f), 4);
   EXPECT_EQ(Status::color_corridor(117.9f, 10.0f, 20.0f, 1075.0f, 10.0f), 4);
+  // A corridor wider than a 32-bit count (centre 1000000 with 1e9 %) is held at the ends of
+  // that range: 1e9 lies inside, 3e9 beyond.
+  EXPECT_EQ(Status::color_corridor(1e9f, 1e9f, 2e9f, 3e9f, 1000000.0f), 1);
+  EXPECT_EQ(Status::color_corridor(3e9f, 1e9f, 2e9f, 3e9f, 1000000.0f), 4);
+  EXPECT_EQ(Status::color_corridor(-3e9f, 1e9f, 2e9f, 3e9f, 1000000.0f), 4);
 }
 
 TEST(StatusCalculate, MeanOfWeightedColoursThatCount) {

@@ -176,4 +176,42 @@ TEST_F(TelemetryControl, CounterShownUpToFourDigitsAndJudgedInFull) {
   EXPECT_EQ(scalar("SELECT COUNT(*) FROM result_base WHERE param_info_id = 1001"), "4");
 }
 
+TEST_F(TelemetryControl, PreviousBlockWithoutACounterFieldConfirmsNothing) {
+  PlantBuilder rows = plant();
+  // The day's oldest counter is 10 and the module now reports 12, but its previous block came
+  // in the JSON form, which has no third field to confirm the jump with.
+  rows.add(block(999, "2024-04-30 20:00:00", -70, 10, 90))
+      .add(
+          MeasurementRow(1000, 42)
+              .module(103, 0)
+              .at("2024-05-01 06:00:00")
+              .telemetryJson({{"temperature", 21}, {"rssi", -70}, {"count0", 11}, {"battery", 90}}))
+      .add(block(1001, "2024-05-01 10:00:00", -70, 12, 90))
+      // A previous block whose counter field is no number confirms nothing either.
+      .add(MeasurementRow(1002, 42).module(10, 0).at("2024-05-01 11:00:00").tuError("21;-70;x;90"))
+      .add(block(1003, "2024-05-01 12:00:00", -70, 13, 90));
+  rows.insert(sql());
+  EXPECT_TRUE(road(999));
+  EXPECT_TRUE(road(1000));
+  EXPECT_TRUE(road(1001));
+  EXPECT_TRUE(road(1003));
+  EXPECT_EQ(notes("11"), "");
+  EXPECT_EQ(hardwareStatus(), "0");
+}
+
+TEST_F(TelemetryControl, ModuleStateOfAModuleWithoutBoundChannelsIsFiledAtNoPlace) {
+  PlantBuilder rows = plant();
+  // The module's only binding is switched off: its machine has no control point for it.
+  rows.statement("UPDATE channel_contol_point SET active = false;")
+      .add(MeasurementRow(1001, 42)
+               .module(103, 0)
+               .at("2024-05-01 10:00:00")
+               .telemetryJson({{"rssi", -70}, {"count0", 5}, {"battery", 90}, {"state", 1}}));
+  rows.insert(sql());
+  Measurement m = load(1001);
+  ASSERT_TRUE(m->channels.empty());
+  EXPECT_TRUE(m->control_tu(m.shown->getData({2})));
+  EXPECT_EQ(notes("4"), "2024-05-01 10:00:00|1|2|42|NULL|NULL|42|NULL|NULL|f\n");
+}
+
 } // namespace
