@@ -24,9 +24,9 @@ FftPlanCache::Plan::~Plan() {
   fftw_destroy_plan(plan_);
 }
 
-size_t FftPlanCache::size() {
+size_t FftPlanCache::size(Kind kind) {
   std::lock_guard<std::mutex> lock(mutex_);
-  return plans_.size();
+  return kept_[static_cast<size_t>(kind)];
 }
 
 FftPlanCache::Plan FftPlanCache::plan(Kind kind, int n) {

@@ -18,8 +18,9 @@ class FftPlanCache {
 public:
   enum class Kind { RealForward, ComplexForward, ComplexBackward };
 
-  // Lengths kept planned. Beyond them a length is planned for the one call and destroyed
-  // after it, so signals of ever new lengths cannot make the process grow without end.
+  // Lengths kept planned for each kind. Beyond them a length is planned for the one call
+  // and destroyed after it, so signals of ever new lengths cannot make the process grow
+  // without end.
   static constexpr size_t kMaxPlans = 64;
 
   // A plan ready to execute for the duration of the handle's life.
@@ -54,8 +55,8 @@ public:
   // values, unscaled.
   Plan plan(Kind kind, int n);
 
-  // How many plans are kept.
-  size_t size();
+  // How many plans of `kind` are kept.
+  size_t size(Kind kind);
 
   FftPlanCache(const FftPlanCache&) = delete;
   FftPlanCache& operator=(const FftPlanCache&) = delete;
@@ -67,6 +68,7 @@ private:
 
   std::mutex mutex_;
   std::map<std::pair<Kind, int>, fftw_plan> plans_;
+  size_t kept_[3] = {0, 0, 0};
 };
 
 // An fftw_malloc buffer of n elements of T, freed with the scope; its alignment matches the
