@@ -15,9 +15,9 @@ namespace coder {
 // The cosine coefficients solve the normal equations G a = b of the least-squared error
 // over the bands by LU with partial pivoting, as the generated code does; when no band has
 // a gap to the next one the closed form a = 4b (a0 halved) is used instead, as in MATLAB.
-// Designs are cached per (order, edges, amplitudes) and never change once made, so a
-// repeated call costs a lookup. An odd or negative order, or an odd edge count, gives an
-// empty row (MATLAB's type II designs do not occur in the blocks).
+// Designs are cached per (order, edges, amplitudes) (up to 256 of them) and never change
+// once made, so a repeated call costs a lookup. An odd or negative order, or an odd edge count,
+// gives an empty row (MATLAB's type II designs do not occur in the blocks).
 void firls(int order, const std::vector<double>& f, const std::vector<double>& a,
            array<double, 2>& h);
 
