@@ -14,7 +14,6 @@
 #include "records/settings_parsers.h"
 #include "store/DataBase.h"
 
-using hex_text::mostSignificantFirst;
 using hex_text::parseHex;
 
 namespace {
@@ -38,6 +37,40 @@ std::string stampKey(std::uint64_t stamp) {
   return sec_to_string(static_cast<long>(stamp));
 }
 
+bool knownFormat(int c_type) {
+  return c_type >= 1 && c_type <= 8;
+}
+
+// The value of a sample's bits in its format (1 to 8).
+double sampleValue(std::uint64_t bits, int c_type) {
+  switch (c_type) {
+  case 2:
+    return static_cast<double>(static_cast<std::int16_t>(bits & 0xFFFFu));
+  case 4:
+  case 6:
+    // The low 32 bits as a signed number: a 24-bit sample of format 4 never has its sign bit
+    // there, so it is never negative.
+    return static_cast<double>(static_cast<std::int32_t>(bits & 0xFFFFFFFFu));
+  case 7: {
+    const auto single = static_cast<std::uint32_t>(bits);
+    float value = 0.0f;
+    std::memcpy(&value, &single, sizeof value);
+    return static_cast<double>(value);
+  }
+  default:
+    // Formats 1, 3, 5 and 8 are unsigned; their low 32 bits are the value.
+    return static_cast<double>(static_cast<std::uint32_t>(bits));
+  }
+}
+
+// One sample of the piece's text at `at`, least significant byte first.
+double readSample(const std::string& data, std::size_t at, std::size_t width, int c_type) {
+  if (!knownFormat(c_type)) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  return sampleValue(hex_text::parseLittleEndian(data, at, width), c_type);
+}
+
 } // namespace
 
 int DataParsing::sampleWidth(int c_type) {
@@ -58,28 +91,10 @@ int DataParsing::sampleWidth(int c_type) {
 }
 
 double DataParsing::string_to_double(std::string hex, int c_type) {
-  switch (c_type) {
-  case 1:
-  case 3:
-  case 5:
-  case 8:
-    return static_cast<double>(static_cast<std::uint32_t>(parseHex(hex)));
-  case 2:
-    return static_cast<double>(static_cast<std::int16_t>(parseHex(hex) & 0xFFFFu));
-  case 4:
-  case 6:
-    // The low 32 bits as a signed number: a 24-bit sample of format 4 never has its sign bit
-    // there, so it is never negative.
-    return static_cast<double>(static_cast<std::int32_t>(parseHex(hex) & 0xFFFFFFFFu));
-  case 7: {
-    const std::uint32_t bits = static_cast<std::uint32_t>(parseHex(hex));
-    float value = 0.0f;
-    std::memcpy(&value, &bits, sizeof value);
-    return static_cast<double>(value);
-  }
-  default:
+  if (!knownFormat(c_type)) {
     return std::numeric_limits<double>::quiet_NaN();
   }
+  return sampleValue(parseHex(hex), c_type);
 }
 
 bool DataParsing::decodeRaw(raw& piece) {
@@ -100,17 +115,17 @@ bool DataParsing::decodeRaw(raw& piece) {
   // Samples are read only where they are complete: a truncated tail decodes to nothing.
   const int kind = piece.param_type_id;
   if (kind < 7 || kind == 13 || kind == 14) {
+    piece.values.reserve(piece.values.size() + (n > kPrefix ? (n - kPrefix) / width : 0));
     for (std::size_t at = kPrefix; at + width <= n; at += width) {
-      piece.values.push_back(string_to_double(mostSignificantFirst(data, at, width), piece.c_type));
+      piece.values.push_back(readSample(data, at, width, piece.c_type));
     }
   } else if ((kind >= 7 && kind <= 12) || kind == 17 || kind == 18) {
     const std::size_t step = kStampWidth + width;
     for (std::size_t at = kPrefix; at + step <= n; at += step) {
       // The stamp is read unsigned: a stamp with its top bit set counts milliseconds, not a
       // time before 1970.
-      const std::uint64_t stamp = parseHex(mostSignificantFirst(data, at, kStampWidth));
-      const double value =
-          string_to_double(mostSignificantFirst(data, at + kStampWidth, width), piece.c_type);
+      const std::uint64_t stamp = hex_text::parseLittleEndian(data, at, kStampWidth);
+      const double value = readSample(data, at + kStampWidth, width, piece.c_type);
       piece.timed_values[stampKey(stamp)] = value;
     }
   } else if (kind == 15) {
@@ -122,10 +137,9 @@ bool DataParsing::decodeRaw(raw& piece) {
       const std::size_t name_end = n - kNamedValueWidth;
       std::string name;
       for (std::size_t at = kPrefix; at + 2 <= name_end; at += 2) {
-        name.push_back(static_cast<char>(parseHex(data.substr(at, 2))));
+        name.push_back(static_cast<char>(hex_text::parseLittleEndian(data, at, 2)));
       }
-      const double value =
-          string_to_double(mostSignificantFirst(data, name_end, kNamedValueWidth), piece.c_type);
+      const double value = readSample(data, name_end, kNamedValueWidth, piece.c_type);
       piece.data = name;
       piece.values.push_back(value);
     }

@@ -36,6 +36,19 @@ std::uint64_t parseHex(const std::string& text) {
   return value;
 }
 
+std::uint64_t parseLittleEndian(const std::string& data, std::size_t at, std::size_t width) {
+  std::uint64_t value = 0;
+  for (std::size_t k = width; k >= 2; k -= 2) {
+    const int high = digitValue(data[at + k - 2]);
+    const int low = digitValue(data[at + k - 1]);
+    if (high < 0 || low < 0) {
+      throw std::invalid_argument("not a hexadecimal text: " + data.substr(at, width));
+    }
+    value = (value << 8) | static_cast<std::uint64_t>(high << 4 | low);
+  }
+  return value;
+}
+
 std::string mostSignificantFirst(const std::string& data, std::size_t at, std::size_t width) {
   std::string text;
   text.reserve(width);

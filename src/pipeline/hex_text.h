@@ -13,6 +13,12 @@ namespace hex_text {
 // blank), so that a damaged transmission never turns into a plausible number.
 std::uint64_t parseHex(const std::string& text);
 
+// The number whose little-endian hexadecimal text is the `width` characters of `data` at `at`
+// (width even, at most 16, and at + width within data): parseHex(mostSignificantFirst(...))
+// without building the text. Throws std::invalid_argument for a character that is not a
+// hexadecimal digit.
+std::uint64_t parseLittleEndian(const std::string& data, std::size_t at, std::size_t width);
+
 // The `width` characters of `data` at `at` with their byte pairs taken from last to first:
 // the digits of a little-endian number, most significant first. `width` is even and
 // at + width lies within data.
