@@ -1,16 +1,22 @@
 #include "process/MeasurementLoop.h"
 
 #include <exception>
+#include <map>
 #include <string>
 #include <thread>
+#include <vector>
 
-// The store lets libpqxx's two failure classes through on purpose: a rejected statement and a
-// lost server call for different handling here, and only the loop decides.
-#include <pqxx/except>
-
+#include "equipment/Aggregate.h"
+#include "equipment/Module.h"
+#include "equipment/Visualization.h"
 #include "logging/time_helpers.h"
+#include "pipeline/DataParsing.h"
 #include "process/process_state.h"
+#include "records/settings_parsers.h"
 #include "records/types.h"
+// The store lets its two failure classes through on purpose: a rejected statement and a lost
+// server call for different handling here, and only the loop decides.
+#include "store/StoreErrors.h"
 
 namespace {
 
@@ -18,13 +24,23 @@ constexpr int kSettingsPeriodMs = 60000;
 constexpr int kAggregateClockWrapMs = 600000;
 constexpr int kReconnectPauseSec = 30;
 constexpr int kFaultPauseSec = 1;
+constexpr int kAggregateStatusPeriodMs = 10000;
+// A receipt date more than a day ahead of this host's clock, or older than about thirty
+// years, comes from a module whose clock was never set or has run away.
+constexpr long kLatestFutureSec = -86400;
+constexpr long kOldestPastSec = 946000000;
+const char* const kTimeFormat = "%Y-%m-%d %H:%M:%S";
 
 } // namespace
 
-MeasurementLoop::MeasurementLoop(DataBase* db_, PrintLog* log_, const CommandLine& options,
+MeasurementLoop::MeasurementLoop(DataBase* db_, PrintLog* log_, Calculation* calculation_,
+                                 DataCache* cache_, const CommandLine& options, int middle_,
                                  int id_history_, int id_current_)
-    : db(db_), log(log_), id_stop(options.id_stop), pause(options.pause),
-      middlecounter(options.middlecounter), id_history(id_history_), id_current(id_current_) {}
+    : db(db_), log(log_), calculation(calculation_), cache(cache_), id_stop(options.id_stop),
+      pause(options.pause), middlecounter(options.middlecounter), source(options.source),
+      id_history(id_history_), middle(middle_), id_current(id_current_),
+      control_task_timer(calculation_->getIntervalControlTask()),
+      analyze_module_timer(calculation_->getIntervalAnalyzeModule()) {}
 
 void MeasurementLoop::run() {
   while (!pass()) {
@@ -65,6 +81,19 @@ bool MeasurementLoop::pass() {
 bool MeasurementLoop::guardedPass() {
   if (settings_timer > kSettingsPeriodMs) {
     settings_timer = 0;
+    calculation->readVekSettings();
+    if (calculation->getMiddle() != 0) {
+      middle = calculation->getMiddle();
+    }
+    log->setPrintFile(calculation->getLog());
+  }
+  // A period of 0 stops its timer where it stands; the periods are read anew on every pass, so
+  // a changed setting takes effect at once.
+  if (calculation->getIntervalControlTask() != 0) {
+    control_task_timer += elapsed_ms;
+  }
+  if (calculation->getIntervalAnalyzeModule() != 0) {
+    analyze_module_timer += elapsed_ms;
   }
   aggregate_clock += elapsed_ms;
   settings_timer += elapsed_ms;
@@ -80,6 +109,8 @@ bool MeasurementLoop::guardedPass() {
   replay = id_history >= id_current;
 
   id_last = db->getValueInt("SELECT ID FROM PARAM_INFO ORDER BY ID DESC LIMIT 1");
+  // LAG is the number of rows still to do; -1 says that the instance has caught up and waits.
+  calculation->updateCalc(id_last - id_current, id_current, time_now(1, "+0:00"));
 
   if (aggregate_clock > kAggregateClockWrapMs) {
     aggregate_clock = 0;
@@ -128,5 +159,159 @@ void MeasurementLoop::processRow() {
   // objects are built and no pause is taken.
   if (info.id == 0) {
     return;
+  }
+  if (!info.param_settings.empty()) {
+    info.settings = parse_param_settings(info.param_settings);
+  }
+
+  Module module(db, info.source);
+  const bool enable = calculation->enableCalcSource(info.source);
+  if (!enable) {
+    log->print("module : " + std::to_string(module.source) + " : " + std::to_string(module.id) +
+               " skip\n");
+  }
+  // -source names the one module this run computes, whichever instance holds it by the
+  // settings; the skip line above still tells that the settings give it to another.
+  const bool taken = source != 0 ? info.source == source : enable;
+  if (!taken) {
+    return;
+  }
+
+  Aggregate aggregate(db, info.source, log, info.receipt_date, cache);
+  Visualization visualization(db, info.source);
+  DataParsing parsing(db, &module, info, log, replay, &aggregate, visualization.getData({1, 2, 3}),
+                      cache);
+  log->print(parsing.print());
+  if (!parsing.verify() || aggregate.no_channels) {
+    return;
+  }
+
+  // A replay recomputes old rows whose dates are far behind the clock by nature.
+  if (info.source != 0 && !replay) {
+    const long ahead = stringToSec(time_now(2, ""), kTimeFormat) -
+                       stringToSec(info.receipt_date, kTimeFormat);
+    if (ahead < kLatestFutureSec || ahead > kOldestPastSec) {
+      db->notificationSystemSave("13", info.source, time_now(2, ""), 1, 0, "", 4,
+                                 aggregate.organization_alias, 0, 0);
+      db->setHardwareStatusModule(info.source, 2);
+      log->print("time is not correct\n");
+      return;
+    }
+  }
+
+  if (info.type_param == 0) {
+    processTelemetry(parsing, aggregate, visualization);
+    return;
+  }
+  processMeasurement(info, module, aggregate, visualization, parsing);
+}
+
+void MeasurementLoop::processTelemetry(DataParsing& parsing, const Aggregate& aggregate,
+                                       const Visualization& visualization) {
+  if (aggregate.channels.empty() || aggregate.control_points.empty()) {
+    return;
+  }
+  // The telemetry block belongs to the module as a whole; its values are shown at the first
+  // active channel that is bound to a control point.
+  int channel_id = 0;
+  int control_point_id = 0;
+  for (const channel& c : aggregate.channels) {
+    if (c.control_point_id != 0 && c.active) {
+      channel_id = c.id;
+      control_point_id = c.control_point_id;
+      break;
+    }
+  }
+  if (!parsing.control_tu(visualization.getData({2}, channel_id, control_point_id))) {
+    return;
+  }
+  parsing.write_tu_msg(visualization.getData({2}, channel_id, control_point_id));
+  if (!aggregate.control_points.empty()) {
+    parsing.tu_threshold_control(visualization.getData({2}, channel_id, control_point_id));
+  }
+}
+
+void MeasurementLoop::processMeasurement(const param_info& info, const Module& module,
+                                         Aggregate& aggregate, Visualization& visualization,
+                                         DataParsing& parsing) {
+  parsing.readData();
+  log->print(parsing.log_text);
+  if (parsing.no_data) {
+    return;
+  }
+
+  const bool has_points = !aggregate.control_points.empty();
+  if (has_points) {
+    for (const control_point& point : aggregate.control_points) {
+      parsing.setControlPoint(point);
+      parsing.run(true);
+      // A multichannel module measures several machines' points in one row: its defects
+      // cannot be told apart by point, so none are raised.
+      if (!replay && !module.multichannel) {
+        parsing.control_defects();
+      }
+    }
+  } else {
+    parsing.run(false);
+  }
+
+  const int n = static_cast<int>(parsing.results.size());
+  std::map<int, int> last_of_point;
+  for (int i = 0; i < n; ++i) {
+    last_of_point[parsing.results[static_cast<std::size_t>(i)].control_point_id] = i;
+  }
+
+  for (int i = 0; i < n; ++i) {
+    const calc_result& result = parsing.results[static_cast<std::size_t>(i)];
+    parsing.updateLatest(i, visualization.getData({1, 2, 3}, result.channel_id,
+                                                  result.control_point_id));
+    log->print(true, false, parsing.print_result(result));
+    parsing.write(result);
+    if (calculation->getKafkaEnable() && !replay) {
+      parsing.write_kafka(result, calculation->getKafkaTopic(),
+                          calculation->getKafkaClientId());
+    }
+    // The displayed latest values follow the newest good measurement of each point; a
+    // replayed row is older than what they already show.
+    if (last_of_point[result.control_point_id] == i && !replay && result.status_calc == 0) {
+      db->writeLatestData(result);
+    }
+  }
+
+  visualization.readData();
+  if (info.kind == 0 && !replay) {
+    parsing.computeStatus(visualization.getData({1, 2, 3}));
+  }
+
+  // The machine's status is reduced from all its points, which other modules also feed; once
+  // in ten seconds per machine is enough. An entry above the clock means that the clock has
+  // wrapped, and counts as due so that no machine stays silent after a wrap.
+  const auto written = aggregate_written_at.find(aggregate.id);
+  const bool due = written == aggregate_written_at.end() ||
+                   aggregate_clock - written->second > kAggregateStatusPeriodMs ||
+                   aggregate_clock < written->second;
+  if (due) {
+    aggregate_written_at[aggregate.id] = aggregate_clock;
+    if (!replay && has_points && info.kind == 0) {
+      aggregate.calculateStatus();
+      aggregate.writeStatus();
+      db->writeStatusAggregate(static_cast<float>(aggregate.status),
+                               static_cast<float>(aggregate.status_max), aggregate.id,
+                               aggregate.date);
+    }
+  }
+
+  // A failed calculation that is not a sensor out of range means data the math block could
+  // not take: the module is flagged for the operator. Only the first result tells.
+  if (n != 0 && !replay) {
+    const calc_result& first = parsing.results.front();
+    if ((first.status_calc == 1 || first.status_calc == 3) &&
+        first.status_vector != DataParsing::kSensorOutOfRange) {
+      db->notificationSystemSave("26", info.source, info.receipt_date, 1, 0, "", 2,
+                                 aggregate.organization_alias, first.channel_id,
+                                 first.control_point_id);
+      db->setHardwareStatusModule(info.source, 0);
+      log->print(std::to_string(info.source) + " : data error for math block\n");
+    }
   }
 }

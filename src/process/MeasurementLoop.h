@@ -1,10 +1,19 @@
 #pragma once
 
 #include <chrono>
+#include <map>
 
+#include "assessment/DataCache.h"
 #include "logging/PrintLog.h"
+#include "process/Calculation.h"
 #include "process/CommandLine.h"
+#include "records/types.h"
 #include "store/DataBase.h"
+
+class Aggregate;
+class DataParsing;
+class Module;
+class Visualization;
 
 // The spine of the service: walks PARAM_INFO by rising id, one measurement row per pass,
 // and sleeps when it has caught up. Polling by id is the whole input. A row below the
@@ -15,10 +24,11 @@
 // a second. Each fault leaves one line in the error log.
 class MeasurementLoop {
 public:
-  // `db` and `log` are borrowed and outlive the loop. `id_history` is MAX(param_info_id) of
+  // `db`, `log`, `calculation` and `cache` are borrowed and outlive the loop. `middle` is the
+  // number of values of the middle as start-up left it. `id_history` is MAX(param_info_id) of
   // MATH_HISTORY at start, `id_current` the first row to do.
-  MeasurementLoop(DataBase* db, PrintLog* log, const CommandLine& options, int id_history,
-                  int id_current);
+  MeasurementLoop(DataBase* db, PrintLog* log, Calculation* calculation, DataCache* cache,
+                  const CommandLine& options, int middle, int id_history, int id_current);
 
   // Runs passes until the stop id is reached; with no stop id it never returns.
   void run();
@@ -30,15 +40,27 @@ private:
   // Steps of the pass up to the stop test; exceptions pass to the guard in pass().
   bool guardedPass();
   void processRowGuarded(std::chrono::steady_clock::time_point pass_start);
+  // The row's filters, objects and time check; then one of the two paths below.
   void processRow();
+  // A row of telemetry alone (type_param 0): plausibility, values, thresholds.
+  void processTelemetry(DataParsing& parsing, const Aggregate& aggregate,
+                        const Visualization& visualization);
+  // A measurement: decoding, one run per control point, output, statuses.
+  void processMeasurement(const param_info& info, const Module& module, Aggregate& aggregate,
+                          Visualization& visualization, DataParsing& parsing);
 
   DataBase* db;
   PrintLog* log;
+  Calculation* calculation;
+  DataCache* cache;
 
   const int id_stop;
   const int pause;
   const int middlecounter;
+  const long source; // the -source filter; 0 leaves the division of modules to the settings
   const int id_history;
+
+  int middle; // a non-zero setting "middle" overrides the command line at each settings read
 
   int id_current;
   int id_last = 0;
@@ -48,8 +70,13 @@ private:
   // grain of a pass: during a long row nothing else runs.
   int elapsed_ms = 0;
   int settings_timer = 60001;
+  int control_task_timer;
+  int analyze_module_timer;
   int aggregate_clock = 0;
   int middle_tick = 0;
+  // Aggregate id to the aggregate_clock value of its last status pass: a machine whose modules
+  // report every few seconds gets its status reduced at most once in ten seconds.
+  std::map<int, int> aggregate_written_at;
 
   // Counted per kind of fault for a debugger or a core file; nothing reads them.
   int sql_errors = 0;

@@ -11,8 +11,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "assessment/DataCache.h"
 #include "logging/PrintLog.h"
 #include "logging/time_helpers.h"
+#include "process/Calculation.h"
 #include "process/MeasurementLoop.h"
 #include "process/process_state.h"
 #include "store/WorkPostgreSQL.h"
@@ -114,6 +116,7 @@ int runService(const CommandLine& options, int argc, const char* const argv[]) {
   const std::string run_log = runLogName(process::db_name, process::vek_id);
   process::file_name_error = errorLogName(process::db_name, process::vek_id);
   PrintLog log(true, options.print_file, run_log);
+  DataCache cache;
 
   std::string command;
   for (int i = 0; i < argc; ++i) {
@@ -126,6 +129,22 @@ int runService(const CommandLine& options, int argc, const char* const argv[]) {
 
   WorkPostgreSQL store(process::db_host, process::db_name, process::user, process::passwd, &log);
   DataBase* db = &store;
+  Calculation calculation(db, static_cast<int>(process::vek_id));
+
+  // A start with -s is a manual replay beside the running instance of the same id: it must
+  // not take over that instance's registration, address or version.
+  bool registered = true;
+  if (options.id_start == 0) {
+    registered = calculation.initCalculation(process::run_ip);
+    calculation.setVersion(version);
+  }
+  int middle = options.middle;
+  if (calculation.getMiddle() != 0) {
+    middle = calculation.getMiddle();
+  }
+  if (!registered) {
+    return 0;
+  }
 
   const int id_history = db->getValueInt("SELECT MAX(param_info_id) FROM MATH_HISTORY");
   const int id_current = options.id_start != 0 ? options.id_start : id_history + 1;
@@ -137,14 +156,14 @@ int runService(const CommandLine& options, int argc, const char* const argv[]) {
   if (options.source != 0) {
     log.print("source: " + std::to_string(options.source) + "\n");
   }
-  if (options.middle != 100) {
-    log.print("middle: " + std::to_string(options.middle) + "\n");
+  if (middle != 100) {
+    log.print("middle: " + std::to_string(middle) + "\n");
   }
   if (options.middlecounter != 0) {
     log.print("middlecounter: " + std::to_string(options.middlecounter) + "\n");
   }
 
-  MeasurementLoop loop(db, &log, options, id_history, id_current);
+  MeasurementLoop loop(db, &log, &calculation, &cache, options, middle, id_history, id_current);
   loop.run();
   return 0;
 }
