@@ -33,6 +33,21 @@ TEST_F(DataParsingTest, SemicolonTelemetryNeedsFourFields) {
   const std::map<std::string, int> closed = {
       {"TEMP", 1}, {"RSSI", 2}, {"RESET_COUNT", 3}, {"U_BATTERY", 4}};
   EXPECT_EQ(load(3)->tu_values, closed);
+  // The splitter itself: a tail counts only in the fourth place.
+  Measurement m = load(1);
+  const std::pair<std::string, std::vector<std::string>> splits[] = {
+      {"1;2", {"1"}},
+      {"1;2;3;4", {"1", "2", "3", "4"}},
+      {"1;2;3;4;", {"1", "2", "3", "4"}},
+      {"a;b;c;d;e", {"a", "b", "c", "d"}},
+      {";;;", {"", "", "", ""}},
+      {"", {}}};
+  for (const auto& [text, fields] : splits) {
+    SCOPED_TRACE(text);
+    std::vector<std::string> out;
+    m->parsing_tu(text, out);
+    EXPECT_EQ(out, fields);
+  }
   // A field that is no number gives the row up.
   EXPECT_THROW(load(4), std::invalid_argument);
   // Three terminated fields make the empty tail the battery's field, which is no number.
