@@ -22,7 +22,9 @@
 //   DataParsing_telemetry_control.cpp  control_tu, write_tu_msg
 //   DataParsing_thresholds.cpp         tu_threshold_control, control_defects
 //   DataParsing_status.cpp             computeStatus
-// and computeMiddle and computeTrend beside the middle and the trend.
+// and computeMiddle and computeTrend beside the middle and the trend. Helpers of the folder:
+// hex_text (hexadecimal samples) and sql_text (statement texts: floats as the store's driver
+// prints them, quoted texts).
 #pragma once
 
 #include <array>

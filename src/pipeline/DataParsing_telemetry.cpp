@@ -9,14 +9,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <locale>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
 #include "blocks/v_data_d/v_data_d.h"
 #include "logging/PrintLog.h"
 #include "pipeline/hex_text.h"
+#include "pipeline/sql_text.h"
 #include "records/settings_parsers.h"
 #include "store/DataBase.h"
 
@@ -49,28 +48,6 @@ constexpr int kForecastMessage = 6;
 // type_param of the rows that carry named values instead of a measurement.
 bool isNamedRow(int type_param) {
   return type_param == 200 || type_param == 201;
-}
-
-// A float as the store's driver writes it: shortest general form with float's nine
-// significant digits, in the classic locale.
-std::string floatText(float value) {
-  std::ostringstream stream;
-  stream.imbue(std::locale::classic());
-  stream.precision(std::numeric_limits<float>::max_digits10);
-  stream << value;
-  return stream.str();
-}
-
-// A text between single quotes with any quote inside doubled.
-std::string quoted(const std::string& text) {
-  std::string out = "'";
-  for (char c : text) {
-    out += c;
-    if (c == '\'') {
-      out += '\'';
-    }
-  }
-  return out + "'";
 }
 
 } // namespace
@@ -301,7 +278,7 @@ void DataParsing::analyzeRul(visualization row) {
   if (codes.empty() || !reaches_orange) {
     return;
   }
-  const std::string text = floatText(hours);
+  const std::string text = sql_text::floatText(hours);
   const std::string id = std::to_string(row.id);
   for (const auto& [code, recommendations] : codes) {
     if (!db->isMessageActive(code)) {
@@ -317,7 +294,7 @@ void DataParsing::analyzeRul(visualization row) {
     // The stored value at the latest time is looked up though nothing uses it: a parameter
     // whose result table cannot be read raises no forecast.
     db->getValueInt("SELECT ID FROM RESULT_" + id + " WHERE RECEIPT_DATE = TO_TIMESTAMP(" +
-                    quoted(row.value_at) +
+                    sql_text::quoted(row.value_at) +
                     ",'yyyy-mm-dd hh24:mi:ss.ff6') AND VISUALIZATION_ID = " + id);
     db->notificationSave(code, source, row.value_at, 0, 0, text, kForecastMessage,
                          organization_alias, recommendation, row.channel_id, row.control_point_id,
