@@ -406,3 +406,55 @@ TEST_F(Scenario, BadRowsAreHandledAndTheServiceGoesOn) {
   EXPECT_EQ(history(), (Rows{"2 | 0 | 0", "4 | 0 | 0", "6 | 0 | 0", "8 | 0 | 0"}));
   EXPECT_EQ(notifications(), Rows{});
 }
+
+TEST_F(Scenario, RowFromAClockRunAheadIsRefusedLiveAndComputedInReplay) {
+  // Row 1 is dated two days ahead of this host's clock: the module's clock has run away. The
+  // live service raises "13" (type 4) at the module, sets hardware bit 2 and computes nothing;
+  // row 2, an hour old, passes. A replay of the same rows takes the dates as they stand.
+  PlantBuilder plant;
+  addSite(plant);
+  addModule(plant, 1, 3001, 103, 301, 11, 1.0);
+  plant.add(display(3011, 3001, "TEMPERATURE", 301, 11, 60, 75, 90));
+  plant.add(temperature(1, 3001, 23.0, hourAgo(49 * 60)));
+  plant.add(temperature(2, 3001, 24.0, hourAgo()));
+  plant.add(temperature(3, 3001, 25.0, hourAgo(10)));
+  insert(plant);
+
+  runVek({"-stop", "3"});
+  EXPECT_EQ(results(), (Rows{"2 | 3011 | 24 | 0"}));
+  EXPECT_EQ(notifications(), (Rows{"13 | 3001 | 4 | NULL | NULL | NULL | NULL"}));
+  EXPECT_EQ(hardware(), (Rows{"3001 | 4"}));
+
+  runVek({"-s", "1", "-stop", "3"});
+  EXPECT_EQ(results(), (Rows{"1 | 3011 | 23 | 0", "2 | 3011 | 24 | 0"}));
+  EXPECT_EQ(notifications().size(), 1u);
+}
+
+TEST_F(Scenario, SourceOptionComputesAModuleTheSettingsGiveToAnotherInstance) {
+  // The settings give this instance only the listed module 3002, and Kafka announcements are
+  // on. Run with -source 3001, the instance computes exactly module 3001: its rows are logged
+  // as skipped by the settings and computed all the same, each result announced once.
+  PlantBuilder plant;
+  addSite(plant);
+  addModule(plant, 1, 3001, 103, 301, 11, 1.0);
+  addModule(plant, 2, 3002, 103, 302, 12, 1.0);
+  plant.add(display(3011, 3001, "TEMPERATURE", 301, 11, 60, 75, 90))
+      .add(display(3021, 3002, "TEMPERATURE", 302, 12, 60, 75, 90));
+  plant.add(InstanceRow(1).settings(R"({"calc_source": 1, "source": [3002], )"
+                                    R"("kafka_enable": true, "kafka_topic": "vek", )"
+                                    R"("kafka_client_id": 7})"));
+  plant.add(temperature(1, 3001, 23.0, hourAgo()))
+      .add(temperature(2, 3002, 24.0, hourAgo()))
+      .add(temperature(3, 3001, 25.0, hourAgo(10)));
+  insert(plant);
+
+  const std::string output = runVek({"-source", "3001", "-stop", "3"});
+
+  EXPECT_EQ(results(), (Rows{"1 | 3011 | 23 | 0"}));
+  EXPECT_NE(output.find("module : 3001 : 1 skip\n"), std::string::npos) << output;
+  // The client id is stored in thousands, as the settings reader keeps it.
+  const std::string announcement = "write_kafka: topic: vek, id: 7000\n";
+  const auto first = output.find(announcement);
+  EXPECT_NE(first, std::string::npos) << output;
+  EXPECT_EQ(output.find(announcement, first + 1), std::string::npos) << output;
+}
