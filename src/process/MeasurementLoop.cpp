@@ -188,8 +188,8 @@ void MeasurementLoop::processRow() {
 
   // A replay recomputes old rows whose dates are far behind the clock by nature.
   if (info.source != 0 && !replay) {
-    const long ahead = stringToSec(time_now(2, ""), kTimeFormat) -
-                       stringToSec(info.receipt_date, kTimeFormat);
+    const long ahead =
+        stringToSec(time_now(2, ""), kTimeFormat) - stringToSec(info.receipt_date, kTimeFormat);
     if (ahead < kLatestFutureSec || ahead > kOldestPastSec) {
       db->notificationSystemSave("13", info.source, time_now(2, ""), 1, 0, "", 4,
                                  aggregate.organization_alias, 0, 0);
@@ -263,13 +263,12 @@ void MeasurementLoop::processMeasurement(const param_info& info, const Module& m
 
   for (int i = 0; i < n; ++i) {
     const calc_result& result = parsing.results[static_cast<std::size_t>(i)];
-    parsing.updateLatest(i, visualization.getData({1, 2, 3}, result.channel_id,
-                                                  result.control_point_id));
+    parsing.updateLatest(
+        i, visualization.getData({1, 2, 3}, result.channel_id, result.control_point_id));
     log->print(true, false, parsing.print_result(result));
     parsing.write(result);
     if (calculation->getKafkaEnable() && !replay) {
-      parsing.write_kafka(result, calculation->getKafkaTopic(),
-                          calculation->getKafkaClientId());
+      parsing.write_kafka(result, calculation->getKafkaTopic(), calculation->getKafkaClientId());
     }
     // The displayed latest values follow the newest good measurement of each point; a
     // replayed row is older than what they already show.

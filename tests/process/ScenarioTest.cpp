@@ -68,8 +68,8 @@ protected:
 
   // Runs vek with the extra arguments until it ends by itself; its standard output.
   std::string runVek(const std::vector<std::string>& extra) {
-    std::vector<std::string> arguments = {"-host", db.host(), "-name", db.name(), "-user",
-                                          db.user()};
+    std::vector<std::string> arguments = {"-host",   db.host(), "-name",
+                                          db.name(), "-user",   db.user()};
     arguments.insert(arguments.end(), extra.begin(), extra.end());
     ServiceRun run(arguments);
     int status = -1;
@@ -133,8 +133,11 @@ VisualizationRow display(int id, long source, const std::string& name, int chann
 
 // A wireless temperature module: one value of param_type 4 in signed 16-bit counts.
 MeasurementRow temperature(int id, long source, double degrees, const std::string& at) {
-  return MeasurementRow(id, source).module(103, 1).at(at).kind(0).raw(
-      RawRow(4, 2).samples({degrees}));
+  return MeasurementRow(id, source)
+      .module(103, 1)
+      .at(at)
+      .kind(0)
+      .raw(RawRow(4, 2).samples({degrees}));
 }
 
 } // namespace
@@ -163,8 +166,7 @@ TEST_F(Scenario, WirelessTemperatureRowIsComputedColouredAndReducedToTheMachine)
   EXPECT_EQ(rows("SELECT id, status, status_max FROM control_point"), (Rows{"11 | 1 | 1"}));
   EXPECT_EQ(rows("SELECT id, status, status_max, status_at = '" + at + "' FROM aggregate"),
             (Rows{"1 | 1 | 1 | t"}));
-  EXPECT_EQ(rows("SELECT aggregate_id, status, calculated_at = '" + at +
-                 "' FROM status_aggregate"),
+  EXPECT_EQ(rows("SELECT aggregate_id, status, calculated_at = '" + at + "' FROM status_aggregate"),
             (Rows{"1 | 1 | t"}));
   // Nothing is amiss: no message, no hardware bit, no defect.
   EXPECT_EQ(notifications(), Rows{});
@@ -240,8 +242,9 @@ TEST_F(Scenario, TelemetryThresholdsCrossedHighAndLowRaiseTheirMessages) {
       .add(RecommendationRow(502, "101").typeMessage(3))
       .add(RecommendationRow(503, "102").typeMessage(2))
       .add(RecommendationRow(504, "102").typeMessage(3));
-  plant.add(display(3013, 3001, "TEMP", 301, 11, 30, 40, 50, 2)
-                .messageSettings(messageSettings({{"corridorActive", {{"101", {501, 502}}}}})))
+  plant
+      .add(display(3013, 3001, "TEMP", 301, 11, 30, 40, 50, 2)
+               .messageSettings(messageSettings({{"corridorActive", {{"101", {501, 502}}}}})))
       .add(display(3015, 3001, "U_BATTERY", 301, 11, 30, 20, 10, 2)
                .messageSettings(messageSettings({{"corridorActive", {{"102", {503, 504}}}}})));
   // Row 1: 45 degrees (above yellow 40: level 2), battery 50 (fine).
@@ -289,8 +292,7 @@ TEST_F(Scenario, MachineStatusWeighsItsPointsAtMostOnceInTenSeconds) {
             (Rows{"11 | 3 | 3", "12 | 4 | NULL"}));
   EXPECT_EQ(rows("SELECT status, status_max, status_at = '" + at + "' FROM aggregate"),
             (Rows{"1.5 | 2 | t"}));
-  EXPECT_EQ(rows("SELECT aggregate_id, status, calculated_at = '" + at +
-                 "' FROM status_aggregate"),
+  EXPECT_EQ(rows("SELECT aggregate_id, status, calculated_at = '" + at + "' FROM status_aggregate"),
             (Rows{"1 | 1.5 | t"}));
   EXPECT_EQ(notifications(), (Rows{"30 | NULL | 2 | pump 1 | NULL | NULL | 12"}));
 }
@@ -381,8 +383,11 @@ TEST_F(Scenario, BadRowsAreHandledAndTheServiceGoesOn) {
   plant.add(temperature(2, 3001, 23.0, hourAgo(1)));
   // Row 3: a sub-channel's data that is not a whole number of values (three digits of a
   // four-digit value): no data, nothing computed.
-  plant.add(MeasurementRow(3, 3002).module(8, 1).at(hourAgo(2)).kind(0).raw(
-      RawRow(4, 2).subChannel("t").data("0x170")));
+  plant.add(MeasurementRow(3, 3002)
+                .module(8, 1)
+                .at(hourAgo(2))
+                .kind(0)
+                .raw(RawRow(4, 2).subChannel("t").data("0x170")));
   plant.add(MeasurementRow(4, 3002)
                 .module(8, 1)
                 .at(hourAgo(3))

@@ -354,9 +354,9 @@ TEST(Service, LostConnectionWaitsReconnectsAndRepeatsTheRow) {
   EXPECT_EQ(walkedIds(output), (std::vector<int>{1, 2, 2, 3}));
   const std::string connected =
       "connect to database: " + db.host() + " " + db.name() + " " + db.user() + "\n";
-  EXPECT_NE(output.find("id_current: 2\nerror connect, pause: 30c\n" + connected +
-                        "id_current: 2\n"),
-            std::string::npos)
+  EXPECT_NE(
+      output.find("id_current: 2\nerror connect, pause: 30c\n" + connected + "id_current: 2\n"),
+      std::string::npos)
       << output;
   const std::string error_log = run.fileContent(findLog(run, "_error.log"));
   EXPECT_TRUE(std::regex_search(
