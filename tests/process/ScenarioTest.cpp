@@ -380,7 +380,13 @@ TEST_F(Scenario, BadRowsAreHandledAndTheServiceGoesOn) {
   // Row 1: a sample with a character that is no hexadecimal digit: the row is given up.
   plant.add(MeasurementRow(1, 3001).module(103, 1).at(hourAgo()).kind(0).raw(
       RawRow(4, 2).data("0x1g00")));
-  plant.add(temperature(2, 3001, 23.0, hourAgo(1)));
+  // Row 2: a piece of the whole module that ends in half a value: the whole value (23) is
+  // taken, the stray digit is not.
+  plant.add(MeasurementRow(2, 3001)
+                .module(103, 1)
+                .at(hourAgo(1))
+                .kind(0)
+                .raw(RawRow(4, 2).data("0x1700a")));
   // Row 3: a sub-channel's data that is not a whole number of values (three digits of a
   // four-digit value): no data, nothing computed.
   plant.add(MeasurementRow(3, 3002)
@@ -462,4 +468,43 @@ TEST_F(Scenario, SourceOptionComputesAModuleTheSettingsGiveToAnotherInstance) {
   const auto first = output.find(announcement);
   EXPECT_NE(first, std::string::npos) << output;
   EXPECT_EQ(output.find(announcement, first + 1), std::string::npos) << output;
+}
+
+TEST_F(Scenario, TelemetryTellsARestartedModuleAndAReportedState) {
+  // The module's restart counter stood at 10 an hour ago (row 1, in the block's JSON form),
+  // then 11 (row 2) and 12 (row 3): more than one restart within a day, confirmed by the
+  // previous block, which already said 11: message "11" and hardware bit 5. Row 4 reports a
+  // module state of 1: message "4" with the source as its text; its counter 12 is no new
+  // restart.
+  PlantBuilder plant;
+  addSite(plant);
+  addModule(plant, 1, 3001, 8, 301, 11, 1.0);
+  plant.add(display(3013, 3001, "TEMP", 301, 11, 60, 75, 90, 2))
+      .add(display(3016, 3001, "RESET_COUNT", 301, 11, 0, 0, 0, 2).corridorActive(false));
+  plant
+      .add(MeasurementRow(1, 3001).module(8, 0).at(hourAgo()).kind(0).telemetryJson(
+          {{"temperature", 21}, {"rssi", -70}, {"count0", 10}, {"battery", 88}}))
+      .add(MeasurementRow(2, 3001).module(8, 0).at(hourAgo(10)).kind(0).telemetry(22, -70, 11, 88))
+      .add(MeasurementRow(3, 3001).module(8, 0).at(hourAgo(20)).kind(0).telemetry(23, -70, 12, 88))
+      .add(MeasurementRow(4, 3001)
+               .module(8, 0)
+               .at(hourAgo(30))
+               .kind(0)
+               .telemetryJson({{"temperature", 24},
+                               {"rssi", -70},
+                               {"count0", 12},
+                               {"battery", 88},
+                               {"state", 1}}))
+      .add(MeasurementRow(5, 3001).module(8, 0).at(hourAgo(40)).kind(0).telemetry(24, -70, 12, 88));
+  insert(plant);
+
+  runVek({"-stop", "5"});
+
+  EXPECT_EQ(notifications(), (Rows{"11 | 3001 | 2 | NULL | NULL | 301 | 11",
+                                   "4 | 3001 | 2 | 3001 | NULL | 301 | 11"}));
+  EXPECT_EQ(hardware(), (Rows{"3001 | 32"}));
+  // All four blocks were believed and written.
+  EXPECT_EQ(results(), (Rows{"1 | 3013 | 21 | 0", "1 | 3016 | 10 | 0", "2 | 3013 | 22 | 0",
+                             "2 | 3016 | 11 | 0", "3 | 3013 | 23 | 0", "3 | 3016 | 12 | 0",
+                             "4 | 3013 | 24 | 0", "4 | 3016 | 12 | 0"}));
 }
