@@ -118,6 +118,10 @@ std::string WorkPostgreSQL::quoted(const std::string& text) {
   return out;
 }
 
+std::string WorkPostgreSQL::timestampText(const std::string& date) {
+  return "TO_TIMESTAMP(" + quoted(date) + ",'yyyy-mm-dd hh24:mi:ss.ff6')";
+}
+
 std::string WorkPostgreSQL::optionalQuoted(const std::string& text) {
   return text.empty() ? "NULL" : quoted(text);
 }
@@ -184,19 +188,24 @@ std::string WorkPostgreSQL::getValueString(std::string sql) {
   return value;
 }
 
-void WorkPostgreSQL::getValue(std::string sql, std::vector<std::vector<int>>& values) {
-  const pqxx::result rows = execute(sql);
+template <typename T>
+void WorkPostgreSQL::appendNumberRows(const pqxx::result& rows,
+                                      std::vector<std::vector<T>>& table) {
   std::stringstream stream;
   for (const auto& row : rows) {
-    std::vector<int> line;
+    std::vector<T> line;
     line.reserve(row.size());
     for (const auto& field : row) {
-      int value = 0;
+      T value = 0;
       readField(stream, field, value);
       line.push_back(value);
     }
-    values.push_back(std::move(line));
+    table.push_back(std::move(line));
   }
+}
+
+void WorkPostgreSQL::getValue(std::string sql, std::vector<std::vector<int>>& values) {
+  appendNumberRows(execute(sql), values);
 }
 
 void WorkPostgreSQL::getValue(std::string sql, std::vector<std::string>& values) {
@@ -207,18 +216,7 @@ void WorkPostgreSQL::getValue(std::string sql, std::vector<std::string>& values)
 }
 
 void WorkPostgreSQL::readDataTable(std::string sql, std::vector<std::vector<double>>& table) {
-  const pqxx::result rows = execute(sql);
-  std::stringstream stream;
-  for (const auto& row : rows) {
-    std::vector<double> line;
-    line.reserve(row.size());
-    for (const auto& field : row) {
-      double value = 0.0;
-      readField(stream, field, value);
-      line.push_back(value);
-    }
-    table.push_back(std::move(line));
-  }
+  appendNumberRows(execute(sql), table);
 }
 
 void WorkPostgreSQL::writeData(std::string sql) {
@@ -233,15 +231,20 @@ void WorkPostgreSQL::readParamInfo(int id, param_info& info) {
               numberText(id));
   std::stringstream stream;
   for (const auto& row : rows) {
-    readField(stream, row[0], info.source);
-    readField(stream, row[1], info.type_mod);
-    readField(stream, row[2], info.type_param);
-    info.receipt_date = textField(row[3]);
-    info.tu_error = textField(row[4]);
-    info.param_settings = textField(row[5]);
-    info.module_config = textField(row[6]);
-    readField(stream, row[7], info.kind);
+    readParamInfoColumns(stream, row, 0, info);
     // Only an existing row gets its id: the loop takes id 0 for a gap and moves on.
     info.id = id;
   }
+}
+
+void WorkPostgreSQL::readParamInfoColumns(std::stringstream& stream, const pqxx::row& row,
+                                          int first, param_info& info) {
+  readField(stream, row[first], info.source);
+  readField(stream, row[first + 1], info.type_mod);
+  readField(stream, row[first + 2], info.type_param);
+  info.receipt_date = textField(row[first + 3]);
+  info.tu_error = textField(row[first + 4]);
+  info.param_settings = textField(row[first + 5]);
+  info.module_config = textField(row[first + 6]);
+  readField(stream, row[first + 7], info.kind);
 }

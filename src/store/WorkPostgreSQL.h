@@ -18,6 +18,7 @@ template <typename CONNECTPOLICY> class basic_connection_base;
 using connection = basic_connection_base<connect_direct>;
 class field;
 class result;
+class row;
 } // namespace pqxx
 
 // The PostgreSQL store: one libpq session, one short read-committed transaction per
@@ -164,6 +165,9 @@ private:
   // holding a quote is stored as it is instead of breaking the statement. For a text without
   // a quote this is exactly "'" + text + "'".
   static std::string quoted(const std::string& text);
+  // A time stamp given as text, read by the server at microsecond precision:
+  // TO_TIMESTAMP(quoted(date),'yyyy-mm-dd hh24:mi:ss.ff6').
+  static std::string timestampText(const std::string& date);
   // An optional text in an inserted row: NULL for the empty text, otherwise quoted(text).
   static std::string optionalQuoted(const std::string& text);
   // An optional text in a condition: "IS NULL" for the empty text, otherwise "= " +
@@ -184,6 +188,22 @@ private:
   static void readField(std::stringstream& stream, const pqxx::field& field, double& target);
   // The text rule: the field's text, the empty text for NULL.
   static std::string textField(const pqxx::field& field);
+
+  // ---- Rows that several operations read alike -------------------------------------------
+
+  // Appends one vector per row with one number per field, read by the numeric rule through
+  // one stream for all rows: a NULL gives 0.
+  template <typename T>
+  static void appendNumberRows(const pqxx::result& rows, std::vector<std::vector<T>>& table);
+  // Fills a measurement row's SOURCE, TYPE_MOD, TYPE_PARAM, RECEIPT_DATE, TU_ERROR,
+  // PARAM_SETTINGS, MODULE_CONFIG and KIND, which stand in this order from column first on.
+  static void readParamInfoColumns(std::stringstream& stream, const pqxx::row& row, int first,
+                                   param_info& info);
+  // A module of the connectivity watch from SOURCE, BROADCASTING_PERIOD, [GATEWAY_ID,]
+  // ORGANIZATION_ALIAS, UTC_VALUE, TYPE_MODULE, MODULE.CONNECTION_STATUS, MODULE.ID and
+  // DATA_IN_UTC_0 in this order; GATEWAY_ID only where with_gateway says the row has it.
+  static module_data readModuleData(std::stringstream& stream, const pqxx::row& row,
+                                    bool with_gateway);
 
   std::unique_ptr<pqxx::connection> connection; // owned; replaced on reconnect
   PrintLog* log;

@@ -21,8 +21,8 @@ void WorkPostgreSQL::notificationSave(std::string code, long source, std::string
   const std::string same_target = " AND ORGANIZATION_ALIAS " +
                                   optionalQuotedCondition(organization_alias) +
                                   " AND VISUALIZATION_ID " + optionalIdCondition(visualization_id);
-  const std::string last_day = " AND DATE_OF_CREATION >= (TO_TIMESTAMP(" + quoted(date) +
-                               ",'yyyy-mm-dd hh24:mi:ss.ff6') - INTERVAL '01' DAY)";
+  const std::string last_day =
+      " AND DATE_OF_CREATION >= (" + timestampText(date) + " - INTERVAL '01' DAY)";
 
   // Most codes are written at most once a day for the same place. Data errors, restored
   // connections and messages of type 1 are written every time; a lost connection is raised
@@ -46,8 +46,8 @@ void WorkPostgreSQL::notificationSave(std::string code, long source, std::string
           "ADDITIONAL_INFO, TYPE_MESSAGE_ID, STATUS, ACTIVE_DAYS, ORGANIZATION_ALIAS, "
           "RECOMMENDATION_ID, CHANNEL_ID, CONTROL_POINT_ID, VISUALIZATION_ID, MESSAGE_CODE, "
           "DIAGNOSTIC_MODE) VALUES (nextval('id_seq_rec'), " +
-          optionalId(source) + ", " + optionalId(gateway_id) + ", " + "TO_TIMESTAMP(" +
-          quoted(date) + ",'yyyy-mm-dd hh24:mi:ss.ff6'), " + optionalQuoted(additional_info) +
+          optionalId(source) + ", " + optionalId(gateway_id) + ", " + timestampText(date) + ", " +
+          optionalQuoted(additional_info) +
           ", " + numberText(type_message_id) + ", " + numberText(status) + ", " + active_days +
           ", " + optionalQuoted(organization_alias) + ", " + optionalId(recommendation_id) + ", " +
           optionalId(channel_id) + ", " + optionalId(control_point_id) + ", " +

@@ -43,14 +43,7 @@ void WorkPostgreSQL::readParamInfo(long source, std::string from, std::string to
   for (const auto& row : rows) {
     param_info info;
     readField(stream, row[0], info.id);
-    readField(stream, row[1], info.source);
-    readField(stream, row[2], info.type_mod);
-    readField(stream, row[3], info.type_param);
-    info.receipt_date = textField(row[4]);
-    info.tu_error = textField(row[5]);
-    info.param_settings = textField(row[6]);
-    info.module_config = textField(row[7]);
-    readField(stream, row[8], info.kind);
+    readParamInfoColumns(stream, row, 1, info);
     infos.push_back(info);
   }
 }
@@ -160,19 +153,27 @@ void WorkPostgreSQL::readModule(std::vector<module_data>& modules) {
   modules.clear();
   std::stringstream stream;
   for (const auto& row : rows) {
-    module_data module;
-    readField(stream, row[0], module.source);
-    readField(stream, row[1], module.broadcasting_period);
-    readField(stream, row[2], module.gateway_id);
-    module.organization_alias = textField(row[3]);
-    module.utc_value = withoutPrefix(row[4]);
-    readField(stream, row[5], module.type_module);
-    readField(stream, row[6], module.connection_status);
-    readField(stream, row[7], module.id);
-    // A module that says nothing about its clock is taken to send UTC.
-    module.data_in_utc_0 = row[8].is_null() || row[8].as<bool>();
-    modules.push_back(module);
+    modules.push_back(readModuleData(stream, row, true));
   }
+}
+
+module_data WorkPostgreSQL::readModuleData(std::stringstream& stream, const pqxx::row& row,
+                                           bool with_gateway) {
+  module_data module;
+  int column = 0;
+  readField(stream, row[column++], module.source);
+  readField(stream, row[column++], module.broadcasting_period);
+  if (with_gateway) {
+    readField(stream, row[column++], module.gateway_id);
+  }
+  module.organization_alias = textField(row[column++]);
+  module.utc_value = withoutPrefix(row[column++]);
+  readField(stream, row[column++], module.type_module);
+  readField(stream, row[column++], module.connection_status);
+  readField(stream, row[column++], module.id);
+  // A module that says nothing about its clock is taken to send UTC.
+  module.data_in_utc_0 = row[column].is_null() || row[column].as<bool>();
+  return module;
 }
 
 void WorkPostgreSQL::getModulesGateway(int gateway_id, std::vector<module_data>& modules) {
@@ -185,16 +186,8 @@ void WorkPostgreSQL::getModulesGateway(int gateway_id, std::vector<module_data>&
   modules.clear();
   std::stringstream stream;
   for (const auto& row : rows) {
-    module_data module;
-    readField(stream, row[0], module.source);
-    readField(stream, row[1], module.broadcasting_period);
-    module.organization_alias = textField(row[2]);
-    module.utc_value = withoutPrefix(row[3]);
-    readField(stream, row[4], module.type_module);
-    readField(stream, row[5], module.connection_status);
-    readField(stream, row[6], module.id);
-    module.data_in_utc_0 = row[7].is_null() || row[7].as<bool>();
-    modules.push_back(module);
+    // The records keep the gateway at its default: the caller knows which one it asked for.
+    modules.push_back(readModuleData(stream, row, false));
   }
 }
 

@@ -21,11 +21,6 @@ bool isDuplicateResult(const pqxx::sql_error& error) {
   return std::string(error.what()).find(kResultIndex) != std::string::npos;
 }
 
-// A time text of a result in a statement; `date` arrives quoted.
-std::string receiptTime(const std::string& date) {
-  return "TO_TIMESTAMP(" + date + ",'yyyy-mm-dd hh24:mi:ss.ff6')";
-}
-
 // The answer to a parameter stored twice at the same time: a log line and message "27" at
 // the result's place.
 void reportDuplicate(DataBase& store, PrintLog& log, const std::string& organization_alias,
@@ -39,7 +34,7 @@ void reportDuplicate(DataBase& store, PrintLog& log, const std::string& organiza
 
 void WorkPostgreSQL::writeResult(std::string organization_alias, calc_result r) {
   const std::string id = numberText(r.param_info_id);
-  const std::string date = receiptTime(quoted(r.receipt_date));
+  const std::string date = timestampText(r.receipt_date);
   const std::string has_raw = boolText(r.has_raw_data);
   const std::string columns =
       "INSERT INTO RESULT (ID, PARAM_INFO_ID, RECEIPT_DATE, SOURCE, NAME_PARAM, VALUE, "
@@ -102,7 +97,7 @@ void WorkPostgreSQL::writeResult(std::string organization_alias, calc_result r) 
 
 void WorkPostgreSQL::writeResultBase(std::string organization_alias, calc_result r, bool check) {
   const std::string id = numberText(r.param_info_id);
-  const std::string date = receiptTime(quoted(r.receipt_date));
+  const std::string date = timestampText(r.receipt_date);
   for (const result_param& p : r.result_params) {
     const std::string vid = numberText(p.visualization_id);
     try {
@@ -192,7 +187,7 @@ std::string WorkPostgreSQL::writeResultTmp(std::vector<result_temp> items) {
   std::string ids;
   for (const result_temp& item : items) {
     const std::string vid = numberText(item.v_id);
-    statement += " (" + vid + ", " + receiptTime(quoted(item.receipt_date)) + ", " +
+    statement += " (" + vid + ", " + timestampText(item.receipt_date) + ", " +
                  floatText(item.value) + "), ";
     ids += vid + ", ";
   }
@@ -220,13 +215,13 @@ void WorkPostgreSQL::writeStatusStatusElement(long source, float status, int par
 
 void WorkPostgreSQL::writeStatusStatusAggregate(float status, int aggregate_id, std::string date) {
   const std::string where = " WHERE AGGREGATE_ID = " + numberText(aggregate_id) +
-                            " AND CALCULATED_AT = " + receiptTime(quoted(date));
+                            " AND CALCULATED_AT = " + timestampText(date);
   if (getValueInt("SELECT COUNT(*) FROM STATUS_AGGREGATE" + where) != 0) {
     execute("UPDATE STATUS_AGGREGATE SET STATUS = " + floatText(status) + where);
   } else {
     execute("INSERT INTO STATUS_AGGREGATE (ID, AGGREGATE_ID, STATUS, CALCULATED_AT) VALUES ( "
             "nextval('status_aggregate_id_seq'), " +
-            numberText(aggregate_id) + ", " + floatText(status) + ", " + receiptTime(quoted(date)) +
+            numberText(aggregate_id) + ", " + floatText(status) + ", " + timestampText(date) +
             ");");
   }
 }
@@ -234,14 +229,14 @@ void WorkPostgreSQL::writeStatusStatusAggregate(float status, int aggregate_id, 
 void WorkPostgreSQL::writeStatusControlPoint(float status, float status_max, int id,
                                              std::string date) {
   execute("UPDATE CONTROL_POINT SET STATUS = " + floatText(status) +
-          ", STATUS_MAX = " + floatText(status_max) + ", STATUS_AT = " + receiptTime(quoted(date)) +
+          ", STATUS_MAX = " + floatText(status_max) + ", STATUS_AT = " + timestampText(date) +
           " WHERE ID = " + numberText(id));
 }
 
 void WorkPostgreSQL::writeStatusAggregate(float status, float status_max, int id,
                                           std::string date) {
   execute("UPDATE AGGREGATE SET STATUS = " + floatText(status) +
-          ", STATUS_MAX = " + floatText(status_max) + ", STATUS_AT = " + receiptTime(quoted(date)) +
+          ", STATUS_MAX = " + floatText(status_max) + ", STATUS_AT = " + timestampText(date) +
           " WHERE ID = " + numberText(id));
 }
 

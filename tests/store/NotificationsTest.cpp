@@ -4,25 +4,15 @@
 #include <map>
 #include <string>
 
-#include "support/StoreTest.h"
+#include "OperationLogTest.h"
 
 namespace {
 
-// A store test that looks only at what the operations log, after the connection's own line.
-class StoreTest : public vek_test::StoreTest {
+class StoreTest : public OperationLogTest {
 protected:
-  void SetUp() override {
-    vek_test::StoreTest::SetUp();
-    connect_log_size = vek_test::StoreTest::logText().size();
-  }
-  std::string logText() const { return vek_test::StoreTest::logText().substr(connect_log_size); }
-
   int count(const std::string& condition) {
     return std::stoi(scalar("SELECT COUNT(*) FROM notification WHERE " + condition));
   }
-
-private:
-  size_t connect_log_size = 0;
 };
 
 // A notification at module 42, channel 10, control point 20 of organization "plant", raised

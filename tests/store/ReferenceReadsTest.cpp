@@ -6,24 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "support/StoreTest.h"
+#include "OperationLogTest.h"
 
 namespace {
 
-// A store test that looks only at what the operations log, after the connection's own line.
-class StoreTest : public vek_test::StoreTest {
-protected:
-  void SetUp() override {
-    vek_test::StoreTest::SetUp();
-    connect_log_size = vek_test::StoreTest::logText().size();
-  }
-  std::string logText() const { return vek_test::StoreTest::logText().substr(connect_log_size); }
-
-private:
-  size_t connect_log_size = 0;
-};
-
-class WorkPostgreSQLReadMeasurements : public StoreTest {};
+class WorkPostgreSQLReadMeasurements : public OperationLogTest {};
 
 TEST_F(WorkPostgreSQLReadMeasurements, RangeTakesStrictBoundsWithoutTelemetryInTimeOrder) {
   exec("INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error, "
@@ -79,7 +66,7 @@ TEST_F(WorkPostgreSQLReadMeasurements, RawPiecesAreAppendedWithNullNumbersAtDefa
   EXPECT_EQ(sparse.data, "");
 }
 
-class WorkPostgreSQLReadEquipment : public StoreTest {};
+class WorkPostgreSQLReadEquipment : public OperationLogTest {};
 
 TEST_F(WorkPostgreSQLReadEquipment, MotorKeepsCallerValuesForEmptyFieldsAndStopsAtBadOne) {
   exec("INSERT INTO motor (id, power, speed, i, u, p2, class_vibro) VALUES "
@@ -316,7 +303,7 @@ TEST_F(WorkPostgreSQLReadEquipment, ChannelsWithAndWithoutBinding) {
   EXPECT_EQ(by_point[0]->raw_param, "");
 }
 
-class WorkPostgreSQLReadConnectivity : public StoreTest {
+class WorkPostgreSQLReadConnectivity : public OperationLogTest {
 protected:
   void plant() {
     exec("INSERT INTO organization_object (alias_name, utc_value, connection_status) VALUES "
@@ -397,7 +384,7 @@ TEST_F(WorkPostgreSQLReadConnectivity, GatewayModulesGatewaysAndOrganizations) {
       << "a NULL status leaves what the caller held";
 }
 
-class WorkPostgreSQLReadVisualization : public StoreTest {};
+class WorkPostgreSQLReadVisualization : public OperationLogTest {};
 
 TEST_F(WorkPostgreSQLReadVisualization, FlagsNullsAndSourceFromTheArgument) {
   exec("INSERT INTO observed_param (name, type_corridor) VALUES ('SKZ', 2), ('TEMP', NULL);"
@@ -452,7 +439,7 @@ TEST_F(WorkPostgreSQLReadVisualization, FlagsNullsAndSourceFromTheArgument) {
   EXPECT_EQ(bare.value_at, "");
 }
 
-class WorkPostgreSQLReadJobs : public StoreTest {};
+class WorkPostgreSQLReadJobs : public OperationLogTest {};
 
 TEST_F(WorkPostgreSQLReadJobs, OldestWaitingRunnableJobAndItsState) {
   int id = -1;
@@ -516,7 +503,7 @@ TEST_F(WorkPostgreSQLReadJobs, InstanceRecordsAndSettings) {
   EXPECT_EQ(settings, "") << "NULL settings give the empty text";
 }
 
-class WorkPostgreSQLResultArrays : public StoreTest {
+class WorkPostgreSQLResultArrays : public OperationLogTest {
 protected:
   void history() {
     // The trigger on visualization makes the partition result_5.

@@ -1,29 +1,20 @@
 // The result writes of WorkPostgreSQL against the throwaway PostgreSQL: what each write leaves
 // in the tables on a first and a repeated run, the values without a number, the duplicate
-// paths through the real unique index, and statements built under a decimal-comma locale.
-#include <clocale>
+// paths through the real unique index.
 #include <cmath>
 #include <limits>
-#include <locale>
 #include <string>
 #include <vector>
 
-#include "support/StoreTest.h"
+#include "OperationLogTest.h"
 
 namespace {
 
 const float kNaN = std::numeric_limits<float>::quiet_NaN();
 const float kInf = std::numeric_limits<float>::infinity();
 
-// A store test that looks only at what the operations log, after the connection's own line.
-class StoreTest : public vek_test::StoreTest {
+class StoreTest : public OperationLogTest {
 protected:
-  void SetUp() override {
-    vek_test::StoreTest::SetUp();
-    connect_log_size = vek_test::StoreTest::logText().size();
-  }
-  std::string logText() const { return vek_test::StoreTest::logText().substr(connect_log_size); }
-
   // Two parameters of one module, each with its visualization and so its history partition,
   // and message "27" switched on with a recommendation for data messages.
   void plant() {
@@ -61,9 +52,6 @@ protected:
   int count(const std::string& table_and_condition) {
     return std::stoi(scalar("SELECT COUNT(*) FROM " + table_and_condition));
   }
-
-private:
-  size_t connect_log_size = 0;
 };
 
 class WorkPostgreSQLResultBase : public StoreTest {};
@@ -285,8 +273,8 @@ TEST_F(WorkPostgreSQLLatestData, FiniteValuesReplaceTheDisplayedOnesAndNaNOnlyMo
   EXPECT_EQ(row(5), "1.25 2.25 3 -0.5 2023-07-04 09:05:01.25");
   EXPECT_EQ(row(6), "10 20 30 40 2023-07-04 09:05:01.25");
 
-  // Without a time a finite value is still written; a NaN has nothing left to write and the
-  // server refuses the statement.
+  // Without a time the statement ends its list of columns on a comma, or has none at all
+  // for a NaN: the server refuses it either way and the row keeps what it showed.
   r.receipt_date = "";
   r.result_params = {param("SKZ", 7.5f, 5)};
   EXPECT_THROW(store().writeLatestData(r), pqxx::sql_error);
@@ -419,74 +407,6 @@ TEST_F(WorkPostgreSQLSingleUpdates, InstanceRecordIsRegisteredAndReportsProgress
   EXPECT_STREQ(rows[1][1].c_str(), "10.0.0.9");
   EXPECT_STREQ(rows[1][2].c_str(), "7");
   EXPECT_TRUE(rows[1][4].is_null());
-}
-
-// German number formatting in both the C library and the C++ global locale: a decimal comma
-// and a point between thousands.
-struct DecimalComma : std::numpunct<char> {
-  char do_decimal_point() const override { return ','; }
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\3"; }
-};
-
-// Puts the process into a decimal-comma locale for the life of the object and back after.
-class DecimalCommaLocale {
-public:
-  DecimalCommaLocale() : saved_c(std::setlocale(LC_NUMERIC, nullptr)), saved_cpp(std::locale()) {
-    // The C library's formatting needs a generated locale; where none exists the C++ locale
-    // alone carries the comma.
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "ru_RU.UTF-8", "fr_FR.UTF-8"}) {
-      if (std::setlocale(LC_NUMERIC, name) != nullptr) {
-        c_name = name;
-        break;
-      }
-    }
-    std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
-  }
-  ~DecimalCommaLocale() {
-    std::locale::global(saved_cpp);
-    std::setlocale(LC_NUMERIC, saved_c.c_str());
-  }
-  // The C library's locale in force, or the empty text when only the C++ one has the comma.
-  std::string c_name;
-
-private:
-  std::string saved_c;
-  std::locale saved_cpp;
-};
-
-class WorkPostgreSQLDecimalComma : public StoreTest {};
-
-TEST_F(WorkPostgreSQLDecimalComma, StatementsCarryPointsAndReadsStillParse) {
-  plant();
-  exec("INSERT INTO control_point (id) VALUES (20);"
-       "INSERT INTO observed_param (name) VALUES ('SKZ')");
-  DecimalCommaLocale comma;
-  SCOPED_TRACE("C library locale: " + (comma.c_name.empty() ? "none" : comma.c_name));
-  ASSERT_EQ(std::to_string(0.5), comma.c_name.empty() ? "0.500000" : "0,500000");
-
-  result_param p = param("SKZ", 1234.5f, 5);
-  p.middle = 0.125f;
-  calc_result r = measurement(11, {p});
-  store().writeResultBase("plant", r, false);
-  store().writeResult("plant", r);
-  store().writeLatestData(r);
-  store().writeStatusControlPoint(2.75f, 3.5f, 20, "2023-7-4 9:5:1");
-  store().writeResultTmp({{5, "2023-7-4 9:5:1", 1e-7}});
-
-  EXPECT_EQ(scalar("SELECT value FROM result_base"), "1234.5");
-  EXPECT_EQ(scalar("SELECT value FROM result"), "1234.5");
-  EXPECT_EQ(scalar("SELECT status || ' ' || status_max FROM control_point"), "2.75 3.5");
-  EXPECT_EQ(scalar("SELECT value FROM result_temp"), "1e-07");
-
-  std::vector<visualization> items;
-  store().readVisualization(42, items);
-  ASSERT_EQ(items.size(), 1u);
-  EXPECT_EQ(items[0].latest_raw_value, 1234.5);
-  EXPECT_EQ(items[0].latest_middle_value, 0.125);
-  float status = 0.0f;
-  store().readStatusElement(20, status);
-  EXPECT_EQ(status, 2.75f);
 }
 
 } // namespace
