@@ -508,3 +508,60 @@ TEST_F(Scenario, TelemetryTellsARestartedModuleAndAReportedState) {
                              "2 | 3016 | 11 | 0", "3 | 3013 | 23 | 0", "3 | 3016 | 12 | 0",
                              "4 | 3013 | 24 | 0", "4 | 3016 | 12 | 0"}));
 }
+
+TEST_F(Scenario, SimpleModulesOfEveryKindAreComputed) {
+  // One machine with a point per module: humidity (104), pressure (105), valve (106), a
+  // pressure transmitter with timed records (2) and a wired two-sensor temperature module (8).
+  PlantBuilder plant;
+  addSite(plant);
+  addModule(plant, 2, 3002, 104, 302, 12, 1.0);
+  addModule(plant, 3, 3003, 105, 303, 13, 1.0);
+  addModule(plant, 4, 3004, 106, 304, 14, 1.0);
+  addModule(plant, 5, 3005, 2, 305, 15, 1.0);
+  addModule(plant, 6, 3006, 8, 306, 16, 1.0);
+  plant.add(display(3021, 3002, "HUMIDITY", 302, 12, 60, 70, 80))
+      .add(display(3031, 3003, "PRESSURE", 303, 13, 6, 7, 8))
+      .add(display(3041, 3004, "VALVE_STATUS", 304, 14, 1, 2, 3))
+      .add(display(3051, 3005, "PRESSURE", 305, 15, 6, 7, 8))
+      .add(display(3061, 3006, "SENSOR_T1", 306, 16, 60, 75, 90))
+      .add(display(3062, 3006, "SENSOR_T2", 306, 16, 60, 75, 90));
+  const std::string at = hourAgo();
+  // The transmitter's two records, two and one and a half hours ago in UTC seconds.
+  const auto now = static_cast<unsigned long long>(std::time(nullptr));
+  const unsigned long long first = now - 7200;
+  const unsigned long long second = now - 5400;
+  plant.add(MeasurementRow(1, 3002).module(104, 1).at(at).kind(0).raw(RawRow(13, 2).samples({55})))
+      .add(MeasurementRow(2, 3003).module(105, 1).at(at).kind(0).raw(RawRow(3, 2).samples({5})))
+      .add(MeasurementRow(3, 3004).module(106, 1).at(at).kind(0).raw(RawRow(14, 2).samples({1})))
+      .add(MeasurementRow(4, 3005).module(2, 1).at(at).kind(0).raw(
+          RawRow(7, 3).timed({{first, 4194304.0}, {second, 0.0}})))
+      .add(MeasurementRow(5, 3006).module(8, 1).at(at).kind(0).raw(RawRow(4, 2).samples({23, 24})))
+      .add(MeasurementRow(6, 3006).module(8, 1).at(at).kind(0).raw(RawRow(4, 2).samples({1})));
+  insert(plant);
+
+  runVek({"-stop", "6"});
+
+  // The transmitter's counts become bar: 4194304 is half of the positive range, so
+  // c = 1200 * 4194304, c / 8388608 = 600, (3.97 * 600 / 1000 - 0.5) / 0.4 = 4.705; a count
+  // of 0 gives (0 - 0.5) / 0.4 = -1.25. Each record is a result at its own time.
+  EXPECT_EQ(results(), (Rows{"1 | 3021 | 55 | 0", "2 | 3031 | 5 | 0", "3 | 3041 | 1 | 0",
+                             "4 | 3051 | 4.705 | 0", "4 | 3051 | -1.25 | 0", "5 | 3061 | 23 | 0",
+                             "5 | 3062 | 24 | 0"}));
+  auto utc = [](unsigned long long seconds) {
+    const auto at_time = static_cast<std::time_t>(seconds);
+    std::tm parts{};
+    gmtime_r(&at_time, &parts);
+    char text[32];
+    std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &parts);
+    return std::string(text);
+  };
+  EXPECT_EQ(rows("SELECT receipt_date, value FROM result_base WHERE param_info_id = 4 "
+                 "ORDER BY receipt_date"),
+            (Rows{utc(first) + " | 4.705", utc(second) + " | -1.25"}));
+  // Displays show the newest value of each; the transmitter's is its last record. Colours:
+  // humidity 55 green, 5 bar green, valve 1 green, -1.25 bar green, 23 and 24 degrees green.
+  EXPECT_EQ(rows("SELECT id, latest_raw_value FROM visualization ORDER BY id"),
+            (Rows{"3021 | 55", "3031 | 5", "3041 | 1", "3051 | -1.25", "3061 | 23", "3062 | 24"}));
+  EXPECT_EQ(rows("SELECT id, status FROM control_point ORDER BY id"),
+            (Rows{"12 | 1", "13 | 1", "14 | 1", "15 | 1", "16 | 1"}));
+}
