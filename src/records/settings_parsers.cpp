@@ -27,6 +27,15 @@ std::string narrow(const std::wstring& text) {
   return bytes;
 }
 
+// The document of a settings text, or null after the reader's failure line on standard output.
+std::unique_ptr<JSONValue> readDocument(const std::string& text, const char* failure) {
+  std::unique_ptr<JSONValue> root = JSON::Parse(widen(text).c_str());
+  if (!root) {
+    std::cout << failure;
+  }
+  return root;
+}
+
 // A number that the truncation toward zero cannot hold (infinity from an overlong
 // exponent) carries no usable id or setting.
 bool truncatesToInt(double value) {
@@ -97,9 +106,8 @@ std::vector<param_setting> parse_param_settings(std::string text) {
 
 std::map<std::string, double> json_parse_settings_raw(std::string text) {
   std::map<std::string, double> values;
-  const std::unique_ptr<JSONValue> root = JSON::Parse(widen(text).c_str());
+  const std::unique_ptr<JSONValue> root = readDocument(text, "failed to parse settings raw\n");
   if (!root) {
-    std::cout << "failed to parse settings raw\n";
     return values;
   }
   // A root or element of another type reads as empty.
@@ -126,9 +134,8 @@ std::map<std::string, double> json_parse_settings_raw(std::string text) {
 std::map<std::string, std::vector<int>> json_parse_message_settings(std::string text,
                                                                     std::string situation) {
   std::map<std::string, std::vector<int>> codes;
-  const std::unique_ptr<JSONValue> root = JSON::Parse(widen(text).c_str());
+  const std::unique_ptr<JSONValue> root = readDocument(text, "failed to parse message settings\n");
   if (!root) {
-    std::cout << "failed to parse message settings\n";
     return codes;
   }
   const JSONValue* messages = root->Child(widen(situation));
@@ -160,9 +167,13 @@ std::map<std::string, std::vector<int>> json_parse_message_settings(std::string 
 void json_parse_vek_settings(std::string text, std::map<std::string, std::vector<long>>& numbers,
                              std::map<std::string, std::string>& texts,
                              std::map<std::string, bool>& flags) {
-  const std::unique_ptr<JSONValue> root = JSON::Parse(widen(text).c_str());
-  if (!root || !root->IsObject()) {
-    std::cout << "failed to parse vek settings\n";
+  static const char kFailure[] = "failed to parse vek settings\n";
+  const std::unique_ptr<JSONValue> root = readDocument(text, kFailure);
+  if (!root) {
+    return;
+  }
+  if (!root->IsObject()) {
+    std::cout << kFailure;
     return;
   }
   for (const auto& [wide_key, value] : root->AsObject()) {

@@ -4,6 +4,19 @@
 #include <cstring>
 #include <vector>
 
+namespace {
+
+struct ShortEscape {
+  wchar_t letter;    // what follows the backslash
+  wchar_t character; // what it stands for
+};
+
+constexpr ShortEscape kShortEscapes[] = {{L'"', L'"'},  {L'\\', L'\\'}, {L'/', L'/'},
+                                         {L'b', L'\b'}, {L'f', L'\f'},  {L'n', L'\n'},
+                                         {L'r', L'\r'}, {L't', L'\t'}};
+
+} // namespace
+
 std::unique_ptr<JSONValue> JSON::Parse(const char* text) {
   if (text == nullptr) {
     return nullptr;
@@ -47,32 +60,7 @@ bool JSON::ExtractString(const wchar_t** data, std::wstring& str) {
     wchar_t next = **data;
     if (next == L'\\') {
       ++*data;
-      switch (**data) {
-      case L'"':
-        next = L'"';
-        break;
-      case L'\\':
-        next = L'\\';
-        break;
-      case L'/':
-        next = L'/';
-        break;
-      case L'b':
-        next = L'\b';
-        break;
-      case L'f':
-        next = L'\f';
-        break;
-      case L'n':
-        next = L'\n';
-        break;
-      case L'r':
-        next = L'\r';
-        break;
-      case L't':
-        next = L'\t';
-        break;
-      case L'u': {
+      if (**data == L'u') {
         next = 0;
         for (int i = 0; i < 4; ++i) {
           ++*data;
@@ -90,10 +78,12 @@ bool JSON::ExtractString(const wchar_t** data, std::wstring& str) {
           }
           next = static_cast<wchar_t>(next * 16 + digit);
         }
-        break;
-      }
-      default:
-        return false;
+      } else {
+        // The end of text has no short escape either.
+        next = ShortEscapeCharacter(**data);
+        if (next == 0) {
+          return false;
+        }
       }
     } else if (next == L'"') {
       ++*data;
@@ -127,4 +117,22 @@ double JSON::ParseDecimal(const wchar_t** data) {
     ++*data;
   }
   return decimal;
+}
+
+wchar_t JSON::ShortEscapeCharacter(wchar_t letter) {
+  for (const ShortEscape& escape : kShortEscapes) {
+    if (escape.letter == letter) {
+      return escape.character;
+    }
+  }
+  return 0;
+}
+
+wchar_t JSON::ShortEscapeLetter(wchar_t character) {
+  for (const ShortEscape& escape : kShortEscapes) {
+    if (escape.character == character) {
+      return escape.letter;
+    }
+  }
+  return 0;
 }

@@ -30,6 +30,13 @@ public:
   // one wide character: surrogate pairs are not joined.
   static bool ExtractString(const wchar_t** data, std::wstring& str);
 
+  // The short escapes, read and printed alike: \" \\ \/ \b \f \n \r \t. The character
+  // that the letter after a backslash stands for, 0 for a letter without a short escape.
+  static wchar_t ShortEscapeCharacter(wchar_t letter);
+  // The letter that follows the backslash when character is printed, 0 for a character
+  // without a short escape.
+  static wchar_t ShortEscapeLetter(wchar_t character);
+
   // Digits 0 to 9 from *data on, as v = v * 10 + digit in double; 0 when none stands there.
   static double ParseInt(const wchar_t** data);
 

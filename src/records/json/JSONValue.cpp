@@ -409,43 +409,18 @@ std::wstring JSONValue::StringifyString(const std::wstring& text) {
   static const wchar_t kHex[] = L"0123456789ABCDEF";
   std::wstring out = L"\"";
   for (const wchar_t c : text) {
-    switch (c) {
-    case L'"':
-      out += L"\\\"";
-      break;
-    case L'\\':
-      out += L"\\\\";
-      break;
-    case L'/':
-      out += L"\\/";
-      break;
-    case L'\b':
-      out += L"\\b";
-      break;
-    case L'\f':
-      out += L"\\f";
-      break;
-    case L'\n':
-      out += L"\\n";
-      break;
-    case L'\r':
-      out += L"\\r";
-      break;
-    case L'\t':
-      out += L"\\t";
-      break;
-    default:
-      if (c >= 32 && c <= 126) {
-        out += c;
-      } else {
-        // Four digits hold only 16 bits: a character beyond them keeps its low 16 bits.
-        const auto code = static_cast<unsigned long>(static_cast<std::make_unsigned_t<wchar_t>>(c));
-        out += L"\\u";
-        for (int shift = 12; shift >= 0; shift -= 4) {
-          out += kHex[(code >> shift) & 0xFu];
-        }
+    if (const wchar_t letter = JSON::ShortEscapeLetter(c); letter != 0) {
+      out += L'\\';
+      out += letter;
+    } else if (c >= 32 && c <= 126) {
+      out += c;
+    } else {
+      // Four digits hold only 16 bits: a character beyond them keeps its low 16 bits.
+      const auto code = static_cast<unsigned long>(static_cast<std::make_unsigned_t<wchar_t>>(c));
+      out += L"\\u";
+      for (int shift = 12; shift >= 0; shift -= 4) {
+        out += kHex[(code >> shift) & 0xFu];
       }
-      break;
     }
   }
   return out + L"\"";
