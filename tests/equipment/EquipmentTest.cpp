@@ -3,27 +3,17 @@
 #include <string>
 #include <vector>
 
+#include "BarePlantTest.h"
 #include "equipment/Aggregate.h"
 #include "equipment/DataBearing.h"
 #include "equipment/DataMotor.h"
 #include "equipment/Module.h"
 #include "equipment/Visualization.h"
-#include "support/PlantBuilder.h"
-#include "support/StoreTest.h"
 #include "support/TypicalPlant.h"
 
 namespace {
 
 using namespace vek_test;
-
-// Each test starts from a bare plant, also when the suite shares one database.
-class StoreTest : public vek_test::StoreTest {
-protected:
-  void SetUp() override {
-    vek_test::StoreTest::SetUp();
-    PlantBuilder::emptyTables(sql());
-  }
-};
 
 // An organization three hours east of UTC, with one site, one gateway and one machine.
 PlantBuilder site() {
@@ -36,7 +26,7 @@ PlantBuilder site() {
   return plant;
 }
 
-class ModuleTest : public StoreTest {};
+class ModuleTest : public BarePlantTest {};
 
 TEST_F(ModuleTest, ReadsTheRowTheMachineAndTheOrganization) {
   PlantBuilder plant = site();
@@ -101,7 +91,7 @@ TEST_F(ModuleTest, NullColumnsAndNoActiveBindingLeaveDefaults) {
   EXPECT_TRUE(module.readData());
 }
 
-class DataMotorTest : public StoreTest {};
+class DataMotorTest : public BarePlantTest {};
 
 TEST_F(DataMotorTest, NameplateDecidesValidity) {
   PlantBuilder plant;
@@ -150,7 +140,7 @@ TEST_F(DataMotorTest, UnreadableColumnKeepsWhatWasReadBeforeIt) {
   EXPECT_NE(logText().find("Invalid data in the table MOTOR\n"), std::string::npos);
 }
 
-class DataBearingTest : public StoreTest {};
+class DataBearingTest : public BarePlantTest {};
 
 TEST_F(DataBearingTest, GeometryDerivedValuesAndValidity) {
   PlantBuilder plant;
@@ -180,12 +170,12 @@ TEST_F(DataBearingTest, GeometryDerivedValuesAndValidity) {
   EXPECT_FALSE(DataBearing(&store(), 0).valid) << "no bearing";
 }
 
-class VisualizationTest : public StoreTest {
+class VisualizationTest : public BarePlantTest {
 protected:
   // Module 42: channel 100 on point 11 and channel 101 on point 12, with parameters of the
   // three classes, one inactive and one with ACTIVE NULL.
   void SetUp() override {
-    StoreTest::SetUp();
+    BarePlantTest::SetUp();
     PlantBuilder plant;
     plant
         .add(VisualizationRow(1, 42, "V_RMS")
@@ -294,7 +284,7 @@ TEST_F(VisualizationTest, ReadDataReplacesTheRowsWithWhatIsStoredNow) {
   EXPECT_TRUE(empty.verify());
 }
 
-class TypicalPlantTest : public StoreTest {};
+class TypicalPlantTest : public BarePlantTest {};
 
 TEST_F(TypicalPlantTest, EveryModuleReadsAsAValidModuleOnItsOwnMachine) {
   PlantBuilder builder;

@@ -23,6 +23,16 @@ protected:
          " WHERE id = " + std::to_string(id));
   }
 
+  // Instance 1 with the settings document json, read once.
+  Calculation instanceWith(const std::string& json) {
+    PlantBuilder plant;
+    plant.add(InstanceRow(1).settings(json));
+    plant.insert(sql());
+    Calculation calculation(&store(), 1);
+    calculation.readVekSettings();
+    return calculation;
+  }
+
   // The sources among 1..n that the instance computes.
   static std::vector<long> enabled(const Calculation& calculation, long n) {
     std::vector<long> sources;
@@ -53,6 +63,10 @@ TEST_F(CalculationTest, NewInstanceIsRegisteredWithoutSettings) {
   EXPECT_FALSE(calculation.getLog());
   EXPECT_EQ(calculation.getIntervalAnalyzeModule(), 1200000);
   EXPECT_EQ(calculation.getIntervalControlTask(), 300000);
+  EXPECT_EQ(calculation.getMiddle(), 0);
+  EXPECT_FALSE(calculation.getKafkaEnable());
+  EXPECT_EQ(calculation.getKafkaClientId(), 0);
+  EXPECT_EQ(calculation.getKafkaTopic(), "");
 }
 
 TEST_F(CalculationTest, KnownInstanceGetsItsAddressReplacedAndItsSettingsRead) {
@@ -92,19 +106,10 @@ TEST_F(CalculationTest, VersionAndProgressAreWrittenToTheOwnRow) {
 }
 
 TEST_F(CalculationTest, EverySettingIsTakenWithItsConversion) {
-  PlantBuilder plant;
-  plant.add(InstanceRow(1).settings(
+  const Calculation calculation = instanceWith(
       "{\"source\": [5, 9], \"calc_source\": 1, \"remainder\": 0, \"middle\": 10, \"log\": true, "
       "\"analyze_module\": 600, \"control_task\": 60, \"kafka_client_id\": 7, "
-      "\"kafka_topic\": \"vibration\", \"kafka_enable\": true}"));
-  plant.insert(sql());
-
-  Calculation calculation(&store(), 1);
-  EXPECT_EQ(calculation.getMiddle(), 0);
-  EXPECT_FALSE(calculation.getKafkaEnable());
-  EXPECT_EQ(calculation.getKafkaClientId(), 0);
-  EXPECT_EQ(calculation.getKafkaTopic(), "");
-  calculation.readVekSettings();
+      "\"kafka_topic\": \"vibration\", \"kafka_enable\": true}");
   EXPECT_TRUE(calculation.getLog());
   EXPECT_EQ(calculation.getMiddle(), 10);
   EXPECT_EQ(calculation.getIntervalAnalyzeModule(), 600000);
@@ -116,12 +121,9 @@ TEST_F(CalculationTest, EverySettingIsTakenWithItsConversion) {
 }
 
 TEST_F(CalculationTest, RemovedOrUnreadableSettingsKeepTheirLastValues) {
-  PlantBuilder plant;
-  plant.add(InstanceRow(1).settings("{\"log\": true, \"middle\": 10, \"analyze_module\": 600, "
-                                    "\"calc_source\": 3, \"remainder\": 1, \"source\": 4}"));
-  plant.insert(sql());
-  Calculation calculation(&store(), 1);
-  calculation.readVekSettings();
+  Calculation calculation =
+      instanceWith("{\"log\": true, \"middle\": 10, \"analyze_module\": "
+                   "600, \"calc_source\": 3, \"remainder\": 1, \"source\": 4}");
   EXPECT_EQ(enabled(calculation, 9), (std::vector<long>{1, 4, 7}));
 
   // A key dropped from the document keeps its value until the process restarts.
@@ -152,7 +154,7 @@ TEST_F(CalculationTest, RemovedOrUnreadableSettingsKeepTheirLastValues) {
   EXPECT_EQ(enabled(calculation, 9), (std::vector<long>{1, 4, 7}));
 
   // "middle" 0 is taken; the loop then keeps the middle of its command line.
-  plant.clear();
+  PlantBuilder plant;
   plant.add(InstanceRow(1).settings("{\"middle\": 0, \"log\": false}"));
   plant.insert(sql());
   calculation.readVekSettings();
@@ -161,12 +163,8 @@ TEST_F(CalculationTest, RemovedOrUnreadableSettingsKeepTheirLastValues) {
 }
 
 TEST_F(CalculationTest, EmptyArrayKeepsANumericSetting) {
-  PlantBuilder plant;
-  plant.add(InstanceRow(1).settings("{\"calc_source\": 2, \"remainder\": 1, \"middle\": 5, "
-                                    "\"analyze_module\": 10, \"source\": [4, 6]}"));
-  plant.insert(sql());
-  Calculation calculation(&store(), 1);
-  calculation.readVekSettings();
+  Calculation calculation = instanceWith("{\"calc_source\": 2, \"remainder\": 1, \"middle\": 5, "
+                                         "\"analyze_module\": 10, \"source\": [4, 6]}");
   EXPECT_EQ(enabled(calculation, 6), (std::vector<long>{1, 3, 5}));
 
   setSettings(1, "{\"calc_source\": [], \"remainder\": [], \"middle\": [], \"analyze_module\": "
@@ -187,12 +185,8 @@ TEST_F(CalculationTest, EmptyArrayKeepsANumericSetting) {
 }
 
 TEST_F(CalculationTest, PeriodsBeyondTheMillisecondRangeWrapAsThe32BitTimerDoes) {
-  PlantBuilder plant;
-  plant.add(InstanceRow(1).settings(
-      "{\"analyze_module\": 3000000, \"control_task\": 2147483, \"middle\": 4294967297}"));
-  plant.insert(sql());
-  Calculation calculation(&store(), 1);
-  calculation.readVekSettings();
+  Calculation calculation = instanceWith(
+      "{\"analyze_module\": 3000000, \"control_task\": 2147483, \"middle\": 4294967297}");
   EXPECT_EQ(calculation.getIntervalAnalyzeModule(), -1294967296) << "3e9 modulo 2^32";
   EXPECT_EQ(calculation.getIntervalControlTask(), 2147483000) << "the largest period that fits";
   EXPECT_EQ(calculation.getMiddle(), 1);

