@@ -349,29 +349,11 @@ TEST_F(WorkPostgreSQLSingleUpdates, EachUpdateChangesItsRowOnly) {
   exec("INSERT INTO module (id, source, connection_status) VALUES (1, 42, 0), (2, 43, 0);"
        "INSERT INTO gateway (id, connection_status) VALUES (1, 0);"
        "INSERT INTO aggregate (id, mode) VALUES (30, 0), (31, 0);"
-       "INSERT INTO visualization (id, source, name_param) VALUES (5, 42, 'SKZ');"
-       "INSERT INTO recalculation (id, state, control) VALUES (3, 1, 1);"
        "INSERT INTO organization_object (alias_name, connection_status) VALUES "
        "('O''Neil', 0), ('plant', 0)");
 
-  // The hardware status only gains bits; a bit number wraps at 32.
-  store().setHardwareStatusModule(42, 2);
-  store().setHardwareStatusModule(42, 0);
-  store().setHardwareStatusModule(42, 34);
-  EXPECT_EQ(scalar("SELECT hardware_status FROM module WHERE source = 42"), "5");
-  store().setHardwareStatusModule(42, 31);
-  EXPECT_EQ(scalar("SELECT hardware_status FROM module WHERE source = 42"), "2147483653");
-  EXPECT_EQ(scalar("SELECT hardware_status FROM module WHERE source = 43"), "0");
-
   store().writeAggregateMode(31, 2);
   EXPECT_EQ(scalar("SELECT string_agg(mode::text, ',' ORDER BY id) FROM aggregate"), "0,2");
-
-  store().writeRulVisualization(5, "'\\\\x0102ff'");
-  EXPECT_EQ(scalar("SELECT encode(rul_data, 'hex') FROM visualization WHERE id = 5"), "0102ff");
-
-  store().writeRecalculation(3, 2, "2023-7-4 9:5:1");
-  EXPECT_EQ(scalar("SELECT state || ' ' || time_calculation FROM recalculation"),
-            "2 2023-07-04 09:05:01");
 
   store().setConnectionStatus("MODULE", 2, 1);
   store().setConnectionStatus("GATEWAY", 1, 2);

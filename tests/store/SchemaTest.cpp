@@ -1,8 +1,11 @@
-// What the schema must do for the store's statements: the result partitions that follow the
-// visualizations, the unique index by whose name a duplicate is recognised, and the columns
-// whose shape the writers rely on.
+// What the schema must do for the store: the result partitions that follow the visualizations,
+// the unique index by whose name a duplicate is recognised, the sequences behind the ids, and
+// the columns whose shape the writers and readers rely on. The store's own operations do the
+// writing; plain statements of the test only set up rows and provoke the server's refusals.
+#include <cmath>
 #include <pqxx/pqxx>
 #include <string>
+#include <vector>
 
 #include "support/StoreTest.h"
 
@@ -18,19 +21,24 @@ protected:
                   table + "')") == "1";
   }
 
-  // The store's insert of one result, as the live path writes it.
-  static std::string resultBaseInsert(int visualization_id, const std::string& date) {
-    return "INSERT INTO RESULT_BASE (ID, PARAM_INFO_ID, RECEIPT_DATE, SOURCE, VALUE, "
-           "STATUS_CALC, VISUALIZATION_ID, HAS_RAW_DATA) VALUES (nextval('result_base_id_seq'), "
-           "1, TO_TIMESTAMP('" +
-           date + "','yyyy-mm-dd hh24:mi:ss.ff6'), 42, 1.5, 0, " +
-           std::to_string(visualization_id) + ", true)";
+  // One parameter of measurement param_info_id for visualization_id at date.
+  static calc_result result(int param_info_id, int visualization_id, const std::string& date) {
+    result_param p;
+    p.name = "TEMP";
+    p.value = 1.5f;
+    p.visualization_id = visualization_id;
+    calc_result r;
+    r.param_info_id = param_info_id;
+    r.receipt_date = date;
+    r.source = 42;
+    r.result_params = {p};
+    return r;
   }
 
-  // The text of the error that a statement raises, or "" when it runs.
+  // The text of the error that the test's own statement raises, or "" when it runs.
   std::string errorOf(const std::string& statement) {
     try {
-      store().writeData(statement);
+      exec(statement);
     } catch (const pqxx::sql_error& e) {
       return e.what();
     }
@@ -45,16 +53,10 @@ TEST_F(Schema, NewVisualizationGetsItsResultPartitionAtOnce) {
   EXPECT_TRUE(isPartitionOfResultBase("result_5"));
   EXPECT_TRUE(isPartitionOfResultBase("result_1234"));
 
-  // The service inserts into RESULT_BASE and reads and updates through the suffixed table.
-  store().writeData(resultBaseInsert(5, "2023-7-4 9:5:1.25"));
-  EXPECT_EQ(store().getValueInt("SELECT COUNT(*) FROM RESULT_5 WHERE VISUALIZATION_ID = 5 AND "
-                                "RECEIPT_DATE = TO_TIMESTAMP('2023-7-4 9:5:1.25',"
-                                "'yyyy-mm-dd hh24:mi:ss.ff6')"),
-            1);
-  EXPECT_EQ(store().getValueInt("SELECT COUNT(*) FROM RESULT_1234"), 0);
-  store().writeData("UPDATE RESULT_5 SET VALUE = 2.5, STATUS_CALC = 1 WHERE RECEIPT_DATE = "
-                    "TO_TIMESTAMP('2023-7-4 9:5:1.25','yyyy-mm-dd hh24:mi:ss.ff6')");
-  EXPECT_EQ(scalar("SELECT value || '/' || status_calc || '/' || id FROM result_base"), "2.5/1/1");
+  // The store inserts into RESULT_BASE and finds the row again through the suffixed table.
+  store().writeResultBase("plant", result(1, 5, "2023-7-4 9:5:1.25"), false);
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM result_5"), "1");
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM result_1234"), "0");
 
   // A visualization renumbered by the operators gets a partition under its new id; the old
   // one keeps its history.
@@ -66,45 +68,43 @@ TEST_F(Schema, NewVisualizationGetsItsResultPartitionAtOnce) {
   exec("DELETE FROM visualization WHERE id = 1234");
   exec("INSERT INTO visualization (id, source, name_param) VALUES (1234, 42, 'SPEED')");
   EXPECT_TRUE(isPartitionOfResultBase("result_1234"));
-
-  // A result for a visualization that does not exist has no place, and is refused.
-  EXPECT_NE(errorOf(resultBaseInsert(77, "2023-7-4 9:5:1")), "");
 }
 
 TEST_F(Schema, DuplicateResultNamesTheUniqueIndexInItsError) {
-  exec("INSERT INTO visualization (id, source, name_param) VALUES (31, 42, 'TEMP')");
-  EXPECT_EQ(errorOf(resultBaseInsert(31, "2023-7-4 9:5:1.5")), "");
-  const std::string duplicate = errorOf(resultBaseInsert(31, "2023-7-4 9:5:1.5"));
+  exec("INSERT INTO visualization (id, source, name_param) VALUES (31, 42, 'TEMP'), "
+       "(32, 42, 'TEMP')");
+  const auto history = [](int visualization_id, const std::string& date) {
+    return "INSERT INTO result_base (visualization_id, receipt_date) VALUES (" +
+           std::to_string(visualization_id) + ", '" + date + "')";
+  };
+  EXPECT_EQ(errorOf(history(31, "2023-07-04 09:05:01.5")), "");
+  const std::string duplicate = errorOf(history(31, "2023-07-04 09:05:01.5"));
   EXPECT_NE(duplicate.find("result_visualization_id_index"), std::string::npos) << duplicate;
   // Another time of the same visualization, and the same time of another one, are no clash.
-  EXPECT_EQ(errorOf(resultBaseInsert(31, "2023-7-4 9:5:1.500001")), "");
-  exec("INSERT INTO visualization (id, source, name_param) VALUES (32, 42, 'TEMP')");
-  EXPECT_EQ(errorOf(resultBaseInsert(32, "2023-7-4 9:5:1.5")), "");
+  EXPECT_EQ(errorOf(history(31, "2023-07-04 09:05:01.500001")), "");
+  EXPECT_EQ(errorOf(history(32, "2023-07-04 09:05:01.5")), "");
 
-  const std::string result_insert =
-      "INSERT INTO RESULT (ID, PARAM_INFO_ID, RECEIPT_DATE, SOURCE, NAME_PARAM, VALUE, "
-      "STATUS_CALC, STATUS_VECTOR, VISUALIZATION_ID, HAS_RAW_DATA) VALUES ( nextval('id_result'), "
-      "1, TO_TIMESTAMP('2023-7-4 9:5:1','yyyy-mm-dd hh24:mi:ss.ff6'), 42, 'TEMP', NULL, 0, 0, "
-      "31, true)";
-  EXPECT_EQ(errorOf(result_insert), "");
-  const std::string result_duplicate = errorOf(result_insert);
-  EXPECT_NE(result_duplicate.find("result_visualization_id_index"), std::string::npos)
-      << result_duplicate;
+  const std::string named = "INSERT INTO result (visualization_id, receipt_date) VALUES "
+                            "(31, '2023-07-04 09:05:01')";
+  EXPECT_EQ(errorOf(named), "");
+  const std::string named_duplicate = errorOf(named);
+  EXPECT_NE(named_duplicate.find("result_visualization_id_index"), std::string::npos)
+      << named_duplicate;
 }
 
 TEST_F(Schema, WorkTableAndBulkUpdateOfTheHistory) {
   // The shape of the middle and trend write-back: rows go to result_temp, one UPDATE joins
-  // them to the history, then the work table is emptied.
+  // them to the history by visualization and time, then the work table is emptied.
   exec("INSERT INTO visualization (id, source, name_param) VALUES (40, 42, 'RMS')");
-  store().writeData(resultBaseInsert(40, "2023-7-4 9:5:1"));
-  store().writeData(resultBaseInsert(40, "2023-7-4 9:6:1"));
-  store().writeData("INSERT INTO result_temp (V_ID, RECEIPT_DATE, VALUE) VALUES  (40, "
-                    "TO_TIMESTAMP('2023-7-4 9:5:1','yyyy-mm-dd hh24:mi:ss.ff6'), 0.25),  (40, "
-                    "TO_TIMESTAMP('2023-7-4 9:6:1','yyyy-mm-dd hh24:mi:ss.ff6'), NULL)");
-  store().writeData("UPDATE RESULT_BASE SET middle=result_temp.value FROM result_temp WHERE "
-                    "result_base.visualization_id IN (40, 40) AND "
-                    "result_base.visualization_id=result_temp.v_id AND "
-                    "result_base.receipt_date=result_temp.receipt_date");
+  store().writeResultBase("plant", result(1, 40, "2023-7-4 9:5:1.25"), false);
+  store().writeResultBase("plant", result(2, 40, "2023-7-4 9:6:1"), false);
+  const std::string ids =
+      store().writeResultTmp({{40, "2023-7-4 9:5:1.25", 0.25}, {40, "2023-7-4 9:6:1", std::nan("")}});
+  store().writeData("UPDATE result_base SET middle = t.value FROM result_temp t WHERE "
+                    "result_base.visualization_id IN (" +
+                    ids +
+                    ") AND result_base.visualization_id = t.v_id AND "
+                    "result_base.receipt_date = t.receipt_date");
   store().writeData("TRUNCATE TABLE result_temp");
   EXPECT_EQ(scalar("SELECT string_agg(coalesce(middle::text, 'NULL'), ',' ORDER BY receipt_date) "
                    "FROM result_40"),
@@ -113,39 +113,52 @@ TEST_F(Schema, WorkTableAndBulkUpdateOfTheHistory) {
 }
 
 TEST_F(Schema, HardwareStatusStartsEmptyAndTakesEveryBit) {
-  exec("INSERT INTO module (id, source) VALUES (1, 42)");
-  for (const char* mask : {"4", "1", "2147483648"}) {
-    store().writeData(std::string("UPDATE module SET hardware_status = (hardware_status | ") +
-                      mask + ") WHERE source = 42");
-  }
-  EXPECT_EQ(scalar("SELECT hardware_status FROM module"), "2147483653");
+  exec("INSERT INTO module (id, source) VALUES (1, 42), (2, 43)");
+  // The status only gains bits; a bit number wraps at 32, and the top bit fits.
+  store().setHardwareStatusModule(42, 2);
+  store().setHardwareStatusModule(42, 0);
+  store().setHardwareStatusModule(42, 34);
+  EXPECT_EQ(scalar("SELECT hardware_status FROM module WHERE source = 42"), "5");
+  store().setHardwareStatusModule(42, 31);
+  EXPECT_EQ(scalar("SELECT hardware_status FROM module WHERE source = 42"), "2147483653");
+  EXPECT_EQ(scalar("SELECT hardware_status FROM module WHERE source = 43"), "0");
 }
 
 TEST_F(Schema, ForecastCurveIsStoredAsBytesAndReadBackAsHex) {
-  exec("INSERT INTO visualization (id, source, name_param) VALUES (50, 42, 'RMS_X')");
+  exec("INSERT INTO visualization (id, source, name_param) VALUES (50, 42, 'RMS_X');"
+       "INSERT INTO observed_param (name) VALUES ('RMS_X')");
   // One record: 86401 seconds as 8 bytes, 1.0f as 4 bytes, both little-endian.
   const std::string record = "8151010000000000"
                              "0000803f";
-  store().writeData("UPDATE visualization SET rul_data = E'\\\\x" + record + "' WHERE id = 50");
-  EXPECT_EQ(store().getValueString("SELECT rul_data FROM visualization WHERE id = 50"),
-            "\\x" + record);
+  store().writeRulVisualization(50, "'\\\\x" + record + "'");
   EXPECT_EQ(scalar("SELECT length(rul_data) FROM visualization WHERE id = 50"), "12");
+  std::vector<visualization> items;
+  store().readVisualization(42, items);
+  ASSERT_EQ(items.size(), 1u);
+  EXPECT_EQ(items[0].rul_data, "\\x" + record);
 }
 
 TEST_F(Schema, SequencesGiveTheIdsOfInsertedRows) {
-  store().writeData("INSERT INTO STATUS_ELEMENT (ID, SOURCE, STATUS, PARAM_INFO_ID, CHANNEL_ID, "
-                    "CONTROL_POINT_ID) VALUES ( nextval('status_element_id_seq'), 42, 1.5, 7, "
-                    "NULL, NULL)");
-  store().writeData("INSERT INTO STATUS_AGGREGATE (ID, AGGREGATE_ID, STATUS, CALCULATED_AT) "
-                    "VALUES ( nextval('status_aggregate_id_seq'), 3, 2, "
-                    "TO_TIMESTAMP('2023-7-4 9:5:1','yyyy-mm-dd hh24:mi:ss.ff6'));");
-  store().writeData("INSERT INTO NOTIFICATION (ID, SOURCE, MESSAGE_CODE, DIAGNOSTIC_MODE) VALUES "
-                    "(nextval('id_seq_rec'), NULL, '27', false)");
-  EXPECT_EQ(scalar("SELECT id FROM status_element"), "1");
-  EXPECT_EQ(scalar("SELECT id FROM status_aggregate"), "1");
-  EXPECT_EQ(scalar("SELECT id FROM notification"), "1");
-  // The empty statement of a history write with nothing to write is accepted.
-  EXPECT_NO_THROW(store().writeData(""));
+  exec("INSERT INTO visualization (id, source, name_param) VALUES (5, 42, 'TEMP')");
+  for (int k = 1; k <= 2; ++k) {
+    SCOPED_TRACE("row " + std::to_string(k));
+    const std::string date = "2023-7-" + std::to_string(k) + " 9:5:1";
+    store().writeResult("plant", result(k, 5, date));
+    store().writeResultBase("plant", result(k, 5, date), false);
+    store().writeStatusStatusElement(42, 1.5f, k, 0, 0);
+    store().writeStatusStatusAggregate(2.0f, 3, date);
+    store().notificationSave("26", 42, date, 1, 0, "", 2, "plant", 0, 0, 0, false, 0);
+    const std::string id = std::to_string(k);
+    EXPECT_EQ(scalar("SELECT id FROM result WHERE param_info_id = " + id), id);
+    EXPECT_EQ(scalar("SELECT id FROM result_base WHERE param_info_id = " + id), id);
+    EXPECT_EQ(scalar("SELECT id FROM status_element WHERE param_info_id = " + id), id);
+    EXPECT_EQ(scalar("SELECT id FROM status_aggregate WHERE calculated_at::date = '2023-07-0" + id +
+                     "'"),
+              id);
+    EXPECT_EQ(scalar("SELECT id FROM notification WHERE date_of_creation::date = '2023-07-0" +
+                     id + "'"),
+              id);
+  }
 }
 
 TEST_F(Schema, MotorNameplateHoldsWhatWasTypedIn) {
@@ -153,26 +166,27 @@ TEST_F(Schema, MotorNameplateHoldsWhatWasTypedIn) {
   // must accept such a field in the first place.
   exec("INSERT INTO motor (id, power, speed, i, u, p2, class_vibro) VALUES "
        "(1, '55', 'abc', '', NULL, '3', '2')");
-  EXPECT_EQ(store().getValueString("SELECT SPEED FROM MOTOR WHERE ID=1"), "abc");
+  EXPECT_EQ(scalar("SELECT speed FROM motor WHERE id = 1"), "abc");
 }
 
 TEST_F(Schema, RecalculationTimesCompareWithReceiptDates) {
   exec("INSERT INTO param_info (id, source, type_param, receipt_date) VALUES "
-       "(1, 42, 3, '2023-07-04 09:05:01.25'), (2, 42, 3, '2023-07-04 09:06:00')");
-  exec("INSERT INTO recalculation (id, source, time_start, time_stop, state, control) VALUES "
-       "(1, 42, '2023-07-04 09:00:00', '2023-07-04 10:00:00', 1, 1)");
-  // A paused job resumes after the date it reached, read back as text and compared again.
-  store().writeData("UPDATE RECALCULATION SET STATE = 1, TIME_CALCULATION='2023-07-04 "
-                    "09:05:01.25' WHERE ID = 1");
-  const std::string reached =
-      store().getValueString("SELECT time_calculation FROM recalculation WHERE id = 1");
+       "(1, 42, 3, '2023-07-04 09:05:01.25'), (2, 42, 3, '2023-07-04 09:06:00');"
+       "INSERT INTO recalculation (id, source, time_start, time_stop, state, control) VALUES "
+       "(1, 42, '2023-07-04 09:00:00', '2023-07-04 10:00:00', 2, 1)");
+  // A paused job marks the date it reached and waits again; when it resumes it reads that
+  // mark back as text and walks on after it.
+  store().writeRecalculation(1, 1, "2023-7-4 9:5:1.25");
+  int id = 0;
+  long source = 0;
+  std::string start, stop, reached;
+  store().readRecalculation(id, source, start, stop, reached);
+  EXPECT_EQ(id, 1);
   EXPECT_EQ(reached, "2023-07-04 09:05:01.25");
-  EXPECT_EQ(store().getValueInt("SELECT COUNT(*) FROM PARAM_INFO WHERE RECEIPT_DATE>'" + reached +
-                                "' AND RECEIPT_DATE<'2023-07-04 10:00:00'"),
-            1);
-  EXPECT_EQ(store().getValueInt("SELECT id FROM recalculation WHERE state=1 AND control=1 "
-                                "ORDER BY created_at ASC LIMIT 1"),
-            1);
+  std::vector<param_info> rows;
+  store().readParamInfo(source, reached, stop, rows);
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(rows[0].id, 2);
 }
 
 } // namespace
