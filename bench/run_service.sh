@@ -114,8 +114,18 @@ counters() {
     SELECT xact_commit, active_time FROM pg_stat_database WHERE datname = current_database()" |
     tail -n 1
 }
-read -r before active_before < <(counters)
 run=$(mktemp -d)
+# The same short transaction that each store statement is, over the same socket, timed just
+# before and just after the service's run; the mean of the two stands for the run, so that the
+# load of a shared machine weighs on both sides alike.
+roundtrip_ms() {
+  printf 'BEGIN;\nSELECT 1;\nCOMMIT;\n' >"$run/roundtrip.sql"
+  pgbench -n -M simple -c 1 -T 2 -f "$run/roundtrip.sql" "$VEK_PGDATABASE" 2>/dev/null |
+    sed -n 's/^latency average = \([0-9.]*\) ms$/\1/p'
+}
+latency_before=$(roundtrip_ms)
+sleep 1
+read -r before active_before < <(counters)
 start=$(date +%s.%N)
 # The subshell's `times` gives the CPU seconds of vek, its only child: user and system time of
 # the service itself, the libpq client included.
@@ -129,12 +139,11 @@ read -r user_cpu system_cpu < <(tail -n 1 "$run/times.txt" | awk '{
 sleep 1
 read -r after active_after < <(counters)
 done_rows=$(grep -c '^id_current: ' "$run/stdout.txt" || true)
+latency_after=$(roundtrip_ms)
+latency_ms=$(awk -v a="$latency_before" -v b="$latency_after" 'BEGIN { print (a + b) / 2 }')
 written=$(psql -Atq -d "$VEK_PGDATABASE" -c "SELECT count(*) FROM result_base")
 
-# The same short transaction that each store statement is, over the same socket.
-printf 'BEGIN;\nSELECT 1;\nCOMMIT;\n' >"$run/roundtrip.sql"
-latency_ms=$(pgbench -n -M simple -c 1 -T 3 -f "$run/roundtrip.sql" "$VEK_PGDATABASE" 2>/dev/null |
-  sed -n 's/^latency average = \([0-9.]*\) ms$/\1/p')
+
 
 awk -v rows="$done_rows" -v wanted="$rows" -v start="$start" -v end="$end" \
   -v before="$before" -v after="$after" -v active="$active_before $active_after" -v latency="$latency_ms" -v written="$written" \
