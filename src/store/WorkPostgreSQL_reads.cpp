@@ -114,11 +114,10 @@ void WorkPostgreSQL::readModule(long source, unsigned int& config, int& type_mod
       readField(stream, row[5], revision);
       readField(stream, row[6], id);
     }
+    // The word is stored behind a "0x" prefix; a text no longer than the prefix carries no
+    // word, and the caller keeps the one it held.
     if (config_text.size() > 2) {
-      config_text.erase(0, 2);
-    }
-    if (!config_text.empty()) {
-      config = static_cast<unsigned int>(std::stoul(config_text, nullptr, 16));
+      config = static_cast<unsigned int>(std::stoul(config_text.substr(2), nullptr, 16));
     }
 
     statement = "SELECT cp.aggregate_id, oo.utc_value, oo.alias_name FROM module LEFT JOIN "

@@ -159,7 +159,7 @@ TEST_F(WorkPostgreSQLReadEquipment, ModuleWithActiveBindingGivesMachineOffsetAnd
   EXPECT_EQ(aggregate_id, 31);
   EXPECT_EQ(utc_value, "");
   EXPECT_EQ(alias, "yard");
-  EXPECT_EQ(config, 0u) << "a bare prefix is read as it stands, as 0";
+  EXPECT_EQ(config, 0x1Fu) << "a bare prefix carries no word: the caller's stays";
   EXPECT_EQ(logText(), "");
 }
 
@@ -168,7 +168,7 @@ TEST_F(WorkPostgreSQLReadEquipment, ModuleNullsUnknownSourceAndBadConfiguration)
        "INSERT INTO channel_contol_point (channel_id, control_point_id, active) "
        "VALUES (11, 21, false);"
        "INSERT INTO module (id, source, type_module, config, multichannel) VALUES "
-       "(8, 43, 11, NULL, NULL), (9, 44, 12, '0xZZ', false)");
+       "(8, 43, 11, NULL, NULL), (9, 44, 12, '0xZZ', false), (10, 45, 13, '7', NULL)");
   unsigned int config = 5;
   int type_module = 0, gateway_id = -1, revision = -1, period = -1, aggregate_id = 0, id = 0;
   bool multichannel = true;
@@ -186,6 +186,14 @@ TEST_F(WorkPostgreSQLReadEquipment, ModuleNullsUnknownSourceAndBadConfiguration)
     EXPECT_EQ(aggregate_id, 0) << "an inactive binding finds no machine";
     EXPECT_EQ(alias, "old");
     EXPECT_EQ(id, 8);
+  }
+  {
+    SCOPED_TRACE("configuration no longer than its prefix");
+    store().readModule(45, config, type_module, gateway_id, revision, period, multichannel,
+                       aggregate_id, utc_value, alias, id);
+    EXPECT_EQ(config, 5u) << "a text without a word leaves the word as it was";
+    EXPECT_EQ(type_module, 13);
+    EXPECT_EQ(id, 10);
   }
   {
     SCOPED_TRACE("unknown module");
