@@ -36,7 +36,12 @@ if [ "${VEK_PIPELINE_INSIDE:-}" != 1 ]; then
   VEK_PIPELINE_INSIDE=1 exec "$root/scripts/with-postgres" "$0" "$modules" "$rounds"
 fi
 
+# Statement statistics need their library loaded at server start: restart the throwaway server.
+psql -q -d postgres -c "ALTER SYSTEM SET shared_preload_libraries = 'pg_stat_statements'"
+"$VEK_PGCTL" restart -w -m fast >/dev/null
+
 psql -q -v ON_ERROR_STOP=1 -d "$VEK_PGDATABASE" <<SQL >/dev/null
+CREATE EXTENSION pg_stat_statements;
 INSERT INTO organization_object VALUES ('bench_plant', 'UTC+3:00', 1);
 INSERT INTO observed_node VALUES (1, 'bench_plant');
 INSERT INTO gateway (id, node_id, sync_time, connection_status_control, connection_status)
@@ -126,6 +131,7 @@ roundtrip_ms() {
 latency_before=$(roundtrip_ms)
 sleep 1
 read -r before active_before < <(counters)
+psql -Atq -d "$VEK_PGDATABASE" -c "SELECT pg_stat_statements_reset()" >/dev/null
 start=$(date +%s.%N)
 # The subshell's `times` gives the CPU seconds of vek, its only child: user and system time of
 # the service itself, the libpq client included.
@@ -138,6 +144,16 @@ read -r user_cpu system_cpu < <(tail -n 1 "$run/times.txt" | awk '{
 # The server counts a session's commits when the session ends; give it a moment to report.
 sleep 1
 read -r after active_after < <(counters)
+# Read before the round trip is timed again, whose own statements would count otherwise.
+psql -Atq -F '|' -d "$VEK_PGDATABASE" -c "
+  SELECT round(sum(calls)::numeric / $rows, 2), round((sum(total_exec_time) / sum(calls))::numeric, 3),
+         regexp_replace(left(query, 72), '\s+', ' ', 'g')
+  FROM pg_stat_statements
+  WHERE dbid = (SELECT oid FROM pg_database WHERE datname = current_database())
+    AND query NOT LIKE '%pg_stat%'
+  GROUP BY query ORDER BY sum(calls) DESC, 3 LIMIT 30" |
+  awk -F'|' '{ printf "  %6.2f  %7.3f ms  %s\n", $1, $2, $3; total += $1 }
+    END { printf "  %6.2f  statements per row in all (BEGIN and COMMIT included)\n", total }' >"$run/kinds.txt"
 done_rows=$(grep -c '^id_current: ' "$run/stdout.txt" || true)
 latency_after=$(roundtrip_ms)
 latency_ms=$(awk -v a="$latency_before" -v b="$latency_after" 'BEGIN { print (a + b) / 2 }')
@@ -170,6 +186,9 @@ awk -v rows="$done_rows" -v wanted="$rows" -v start="$start" -v end="$end" \
   printf "CPU time of vek:        %.2f s user (%.1f %% of the wall time), %.2f s system (%.1f %%)\n",
          user, 100.0 * user / wall, kernel, 100.0 * kernel / wall
 }'
+echo
+echo "statements of the run by kind (pg_stat_statements): calls per row, mean server time"
+cat "$run/kinds.txt"
 if [ -s "$run/stderr.txt" ]; then
   echo "standard error of vek:"
   head -n 20 "$run/stderr.txt"
