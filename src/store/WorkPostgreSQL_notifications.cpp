@@ -47,12 +47,11 @@ void WorkPostgreSQL::notificationSave(std::string code, long source, std::string
           "RECOMMENDATION_ID, CHANNEL_ID, CONTROL_POINT_ID, VISUALIZATION_ID, MESSAGE_CODE, "
           "DIAGNOSTIC_MODE) VALUES (nextval('id_seq_rec'), " +
           optionalId(source) + ", " + optionalId(gateway_id) + ", " + timestampText(date) + ", " +
-          optionalQuoted(additional_info) +
-          ", " + numberText(type_message_id) + ", " + numberText(status) + ", " + active_days +
-          ", " + optionalQuoted(organization_alias) + ", " + optionalId(recommendation_id) + ", " +
-          optionalId(channel_id) + ", " + optionalId(control_point_id) + ", " +
-          optionalId(visualization_id) + ", " + quoted(code) + ", " + boolText(diagnostic_mode) +
-          ")");
+          optionalQuoted(additional_info) + ", " + numberText(type_message_id) + ", " +
+          numberText(status) + ", " + active_days + ", " + optionalQuoted(organization_alias) +
+          ", " + optionalId(recommendation_id) + ", " + optionalId(channel_id) + ", " +
+          optionalId(control_point_id) + ", " + optionalId(visualization_id) + ", " + quoted(code) +
+          ", " + boolText(diagnostic_mode) + ")");
   log->print("write table notification, " + organization_alias + ", error: " + code + "\n");
 }
 

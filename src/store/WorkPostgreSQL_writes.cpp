@@ -187,8 +187,8 @@ std::string WorkPostgreSQL::writeResultTmp(std::vector<result_temp> items) {
   std::string ids;
   for (const result_temp& item : items) {
     const std::string vid = numberText(item.v_id);
-    statement += " (" + vid + ", " + timestampText(item.receipt_date) + ", " +
-                 floatText(item.value) + "), ";
+    statement +=
+        " (" + vid + ", " + timestampText(item.receipt_date) + ", " + floatText(item.value) + "), ";
     ids += vid + ", ";
   }
   statement.erase(statement.size() - 2);

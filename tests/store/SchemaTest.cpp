@@ -98,8 +98,8 @@ TEST_F(Schema, WorkTableAndBulkUpdateOfTheHistory) {
   exec("INSERT INTO visualization (id, source, name_param) VALUES (40, 42, 'RMS')");
   store().writeResultBase("plant", result(1, 40, "2023-7-4 9:5:1.25"), false);
   store().writeResultBase("plant", result(2, 40, "2023-7-4 9:6:1"), false);
-  const std::string ids =
-      store().writeResultTmp({{40, "2023-7-4 9:5:1.25", 0.25}, {40, "2023-7-4 9:6:1", std::nan("")}});
+  const std::string ids = store().writeResultTmp(
+      {{40, "2023-7-4 9:5:1.25", 0.25}, {40, "2023-7-4 9:6:1", std::nan("")}});
   store().writeData("UPDATE result_base SET middle = t.value FROM result_temp t WHERE "
                     "result_base.visualization_id IN (" +
                     ids +
@@ -152,12 +152,12 @@ TEST_F(Schema, SequencesGiveTheIdsOfInsertedRows) {
     EXPECT_EQ(scalar("SELECT id FROM result WHERE param_info_id = " + id), id);
     EXPECT_EQ(scalar("SELECT id FROM result_base WHERE param_info_id = " + id), id);
     EXPECT_EQ(scalar("SELECT id FROM status_element WHERE param_info_id = " + id), id);
-    EXPECT_EQ(scalar("SELECT id FROM status_aggregate WHERE calculated_at::date = '2023-07-0" + id +
-                     "'"),
-              id);
-    EXPECT_EQ(scalar("SELECT id FROM notification WHERE date_of_creation::date = '2023-07-0" +
-                     id + "'"),
-              id);
+    EXPECT_EQ(
+        scalar("SELECT id FROM status_aggregate WHERE calculated_at::date = '2023-07-0" + id + "'"),
+        id);
+    EXPECT_EQ(
+        scalar("SELECT id FROM notification WHERE date_of_creation::date = '2023-07-0" + id + "'"),
+        id);
   }
 }
 
