@@ -405,16 +405,23 @@ TEST_F(Scenario, BadRowsAreHandledAndTheServiceGoesOn) {
   // Row 7: a module that has no MODULE row and no channels: nothing to compute for.
   plant.add(temperature(7, 3099, 30.0, hourAgo(6)));
   plant.add(temperature(8, 3001, 25.0, hourAgo(7)));
-  plant.add(temperature(9, 3001, 26.0, hourAgo(8)));
+  // Row 9: module 3007 is wired to point 17 and displayed, but its MODULE row is missing: the
+  // module counts as of unknown type, yet the row names its type and is computed.
+  plant.add(ControlPointRow(17, 1).weight(1.0))
+      .add(ChannelRow(307, 3007).rawParam("").axisOrder(""))
+      .add(BindingRow(307, 17))
+      .add(display(3071, 3007, "TEMPERATURE", 307, 17, 60, 75, 90));
+  plant.add(temperature(9, 3007, 31.0, hourAgo(8)));
+  plant.add(temperature(10, 3001, 26.0, hourAgo(9)));
   // Module 3001's CONFIG is not hexadecimal: a wireless temperature module does not use it.
   plant.statement("UPDATE module SET config = 'not hex' WHERE source = 3001;");
   insert(plant);
 
-  runVek({"-stop", "9"});
+  runVek({"-stop", "10"});
 
   EXPECT_EQ(results(), (Rows{"2 | 3011 | 23 | 0", "4 | 3021 | 24 | 0", "6 | 3023 | 21 | 0",
-                             "8 | 3011 | 25 | 0"}));
-  EXPECT_EQ(history(), (Rows{"2 | 0 | 0", "4 | 0 | 0", "6 | 0 | 0", "8 | 0 | 0"}));
+                             "8 | 3011 | 25 | 0", "9 | 3071 | 31 | 0"}));
+  EXPECT_EQ(history(), (Rows{"2 | 0 | 0", "4 | 0 | 0", "6 | 0 | 0", "8 | 0 | 0", "9 | 0 | 0"}));
   EXPECT_EQ(notifications(), Rows{});
 }
 
