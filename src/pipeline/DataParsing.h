@@ -254,4 +254,7 @@ private:
   void namedValues(calc_result& result);
   // Whether the multichannel module of type 6 has a piece for the current point.
   bool rawMatchesPoint() const;
+  // The recommendation passed with a message of type_message: the first of `candidates` that
+  // RECOMMENDATION has enabled for that type, or 0 when none is.
+  int activeRecommendation(const std::vector<int>& candidates, int type_message) const;
 };

@@ -11,6 +11,7 @@
 #include "assessment/DataCache.h"
 #include "assessment/Status.h"
 #include "logging/PrintLog.h"
+#include "pipeline/sql_text.h"
 #include "records/settings_parsers.h"
 #include "store/DataBase.h"
 
@@ -63,7 +64,7 @@ void DataParsing::computeStatus(std::vector<visualization> list) {
     status->calculateStatus();
 
     if (status->has_data) {
-      const std::string text = Status::statusText(status->status);
+      const std::string text = sql_text::floatText(status->status);
       if (cache != nullptr) {
         cache->setCpStatus(point_id, status->status);
       }
@@ -92,13 +93,7 @@ void DataParsing::computeStatus(std::vector<visualization> list) {
         if (!db->isMessageActive(code)) {
           continue;
         }
-        int recommendation = 0;
-        for (int id : recommendations) {
-          if (db->isRecommendationActive(id, type_message)) {
-            recommendation = id;
-            break;
-          }
-        }
+        const int recommendation = activeRecommendation(recommendations, type_message);
         db->notificationSave(code, source, receipt_date, 0, 0, "", type_message, organization_alias,
                              recommendation, r.channel_id, r.control_point_id, r.has_raw_data,
                              assessed.visualization_id);

@@ -284,13 +284,7 @@ void DataParsing::analyzeRul(visualization row) {
     if (!db->isMessageActive(code)) {
       continue;
     }
-    int recommendation = 0;
-    for (int candidate : recommendations) {
-      if (db->isRecommendationActive(candidate, kForecastMessage)) {
-        recommendation = candidate;
-        break;
-      }
-    }
+    const int recommendation = activeRecommendation(recommendations, kForecastMessage);
     // The stored value at the latest time is looked up though nothing uses it: a parameter
     // whose result table cannot be read raises no forecast.
     db->getValueInt("SELECT ID FROM RESULT_" + id + " WHERE RECEIPT_DATE = TO_TIMESTAMP(" +

@@ -12,6 +12,7 @@
 
 #include "equipment/Aggregate.h"
 #include "logging/PrintLog.h"
+#include "pipeline/sql_text.h"
 #include "store/DataBase.h"
 
 namespace {
@@ -27,18 +28,6 @@ constexpr int kDataMessage = 2;
 constexpr std::size_t kResetCountField = 2;
 // The wired vibration module has no battery: its zero is not an empty battery.
 constexpr int kModuleWithoutBattery = 3;
-
-// A text between single quotes with any quote inside doubled.
-std::string quoted(const std::string& text) {
-  std::string out = "'";
-  for (char c : text) {
-    out += c;
-    if (c == '\'') {
-      out += '\'';
-    }
-  }
-  return out + "'";
-}
 
 // A field of the semicolon block as a base-ten integer, read as far as it is a number after
 // leading blanks; a field that is no number, or not one an int holds, counts as 0 (no reading).
@@ -83,7 +72,7 @@ bool DataParsing::control_tu(std::vector<visualization> list) {
     // restart since then has rebooted repeatedly.
     const int day_value =
         db->getValueInt("SELECT VALUE FROM RESULT_BASE WHERE  VISUALIZATION_ID = " + reset_text +
-                        " AND receipt_date >= (TO_TIMESTAMP(" + quoted(receipt_date) +
+                        " AND receipt_date >= (TO_TIMESTAMP(" + sql_text::quoted(receipt_date) +
                         ", 'yyyy-mm-dd hh24:mi:ss.ff6') - INTERVAL '01' DAY) ORDER BY "
                         "receipt_date ASC LIMIT 1");
     if (day_value > 0 &&
@@ -174,23 +163,23 @@ void DataParsing::write_tu_msg(std::vector<visualization> list) {
   result.status_vector = 0;
   result.has_raw_data = false;
 
-  // One parameter per visualization of this place whose value the block carried, in list
-  // order. A visualization of a value the block did not carry (a STATE display for a module
-  // that sends the semicolon block) writes nothing: its history has no place for "no reading",
-  // and a row for no visualization would be refused and take the battery and signal values
-  // of the row down with it.
+  // One parameter per visualization, in list order. A visualization at another place, or of a
+  // value the block did not carry (a STATE display for a module that sends the semicolon
+  // block), still gives its parameter: without a name, value or visualization. The writers
+  // meet it as they meet any parameter of no visualization: RESULT_BASE has no history for
+  // visualization 0 and refuses the row, the loop gives the row up, and the parameters before
+  // it in the list stay written.
   for (const visualization& row : list) {
-    const auto value = tu_values.find(row.name_param);
-    if (row.channel_id != result_channel || row.control_point_id != result_point ||
-        value == tu_values.end()) {
-      continue;
-    }
     result_param parameter;
-    parameter.name = row.name_param;
-    parameter.visualization_id = row.id;
-    parameter.value = static_cast<float>(value->second);
-    if (row.name_param == "RESET_COUNT" && value->second > kLargestShownResetCount) {
-      parameter.value = static_cast<float>(kLargestShownResetCount);
+    const auto value = tu_values.find(row.name_param);
+    if (row.channel_id == result_channel && row.control_point_id == result_point &&
+        value != tu_values.end()) {
+      parameter.name = row.name_param;
+      parameter.visualization_id = row.id;
+      parameter.value = static_cast<float>(value->second);
+      if (row.name_param == "RESET_COUNT" && value->second > kLargestShownResetCount) {
+        parameter.value = static_cast<float>(kLargestShownResetCount);
+      }
     }
     result.result_params.push_back(parameter);
   }

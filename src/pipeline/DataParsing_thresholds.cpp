@@ -102,13 +102,7 @@ void DataParsing::tu_threshold_control(std::vector<visualization> list) {
       if (!db->isMessageActive(code)) {
         continue;
       }
-      int recommendation = 0;
-      for (int id : recommendations) {
-        if (db->isRecommendationActive(id, level)) {
-          recommendation = id;
-          break;
-        }
-      }
+      const int recommendation = activeRecommendation(recommendations, level);
       db->notificationSave(code, source, receipt_date, 0, 0, text, level, organization_alias,
                            recommendation, note_channel, note_point, false, 0);
       log->print(false, true,
@@ -124,4 +118,13 @@ void DataParsing::control_defects() {
     db->notificationSystemSave(std::to_string(kDefectCodeBase + defect), source, receipt_date, 0, 0,
                                "", level + 1, organization_alias, note_channel, point.id);
   }
+}
+
+int DataParsing::activeRecommendation(const std::vector<int>& candidates, int type_message) const {
+  for (int id : candidates) {
+    if (db->isRecommendationActive(id, type_message)) {
+      return id;
+    }
+  }
+  return 0;
 }

@@ -7,8 +7,8 @@
 namespace sql_text {
 
 // A float as libpqxx's to_string writes it: the shortest general form with float's nine
-// significant digits, in the classic locale ("2", "0.100000001", "2.56204787e+12"), "nan" and
-// "inf" as they are.
+// significant digits, in the classic locale ("2", "0.100000001", "2.56204787e+12"), and "nan",
+// "infinity" and "-infinity" for the values that are not finite.
 std::string floatText(float value);
 
 // The text between single quotes with every quote inside doubled, so that a quote in stored

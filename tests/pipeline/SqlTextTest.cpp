@@ -19,6 +19,12 @@ TEST(SqlText, FloatsReadLikeTheDriversText) {
   EXPECT_EQ(sql_text::floatText(1234567.0f), "1234567");
   // A span of hours too long for nine digits goes to the exponent form.
   EXPECT_EQ(sql_text::floatText(2562047788015.0f), "2.56204787e+12");
+  // Values that are not finite are named by the driver, not by the stream: a stream would
+  // print "inf" and, for a NaN with its sign bit set, "-nan".
+  EXPECT_EQ(sql_text::floatText(std::numeric_limits<float>::infinity()), "infinity");
+  EXPECT_EQ(sql_text::floatText(-std::numeric_limits<float>::infinity()), "-infinity");
+  EXPECT_EQ(sql_text::floatText(std::numeric_limits<float>::quiet_NaN()), "nan");
+  EXPECT_EQ(sql_text::floatText(-std::numeric_limits<float>::quiet_NaN()), "nan");
 }
 
 TEST(SqlText, QuotesInsideATextAreDoubled) {

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "store/StoreErrors.h"
+
 #include "TelemetryRoad.h"
 
 namespace {
@@ -125,7 +127,10 @@ TEST_F(TelemetryControl, BatteryOfZeroOrBelowIsNotBelieved) {
   EXPECT_EQ(logText().find("error: TU < 0\n"), std::string::npos);
   EXPECT_FALSE(road(1003));
   EXPECT_NE(logText().find("error: TU < 0\n"), std::string::npos);
-  EXPECT_TRUE(road(1004));
+  // Judged alone: the road would go on to write the block, whose counter display has no
+  // reading here.
+  Measurement without_counter = load(1004);
+  EXPECT_TRUE(without_counter->control_tu(without_counter.shown->getData({2}, 100, 11)));
   // One "29" for the module within the day: the store keeps the repeat of 10:20 out.
   EXPECT_EQ(scalar("SELECT COUNT(*) FROM notification WHERE message_code = '29'"), "1");
   EXPECT_EQ(hardwareStatus(), "64");
@@ -157,9 +162,7 @@ TEST_F(TelemetryControl, ReplayJudgesAlikeButRaisesOnlyTheModulesOwnState) {
 
 TEST_F(TelemetryControl, CounterShownUpToFourDigitsAndJudgedInFull) {
   PlantBuilder rows = plant();
-  // A module that sends its state has a display for it; the semicolon block carries none.
-  rows.add(telemetryShown(505, "STATE"))
-      .add(block(1000, "2024-05-01 06:00:00", -70, 9998, 90))
+  rows.add(block(1000, "2024-05-01 06:00:00", -70, 9998, 90))
       .add(block(1001, "2024-05-01 10:00:00", -70, 10000, 90));
   rows.insert(sql());
 
@@ -171,9 +174,38 @@ TEST_F(TelemetryControl, CounterShownUpToFourDigitsAndJudgedInFull) {
   // Judged on the true 10000: more than one above the day's 9998 (the shown 9999 would not
   // be), confirmed by the previous block's 9998.
   EXPECT_EQ(notes("11").substr(0, 20), "2024-05-01 10:00:00|");
-  // The state display got no row, and the four values of the block were written all the same.
-  EXPECT_EQ(scalar("SELECT COUNT(*) FROM result_base WHERE visualization_id = 505"), "0");
   EXPECT_EQ(scalar("SELECT COUNT(*) FROM result_base WHERE param_info_id = 1001"), "4");
+}
+
+TEST_F(TelemetryControl, DisplayWithoutAReadingGivesTheRowUpAfterTheParametersBeforeIt) {
+  PlantBuilder rows = plant();
+  // A STATE display, but the semicolon block carries no state: its parameter has no name, no
+  // value and visualization 0, for which RESULT_BASE holds no history.
+  rows.add(telemetryShown(505, "STATE"))
+      .add(block(1000, "2024-05-01 06:00:00", -70, 5, 90))
+      .add(block(1001, "2024-05-01 10:00:00", -70, 5, 89));
+  rows.insert(sql());
+
+  Measurement m = load(1001);
+  const std::vector<visualization> shown = m.shown->getData({2}, 100, 11);
+  ASSERT_EQ(shown.size(), 5u);
+  std::size_t before_state = 0;
+  while (before_state < shown.size() && shown[before_state].name_param != "STATE") {
+    ++before_state;
+  }
+  ASSERT_TRUE(m->control_tu(shown));
+  // The refusal passes to the loop, which skips the row: the displays listed before the state
+  // keep their rows, the rest of the row (history mark, latest values) is not written.
+  EXPECT_THROW(m->write_tu_msg(shown), pqxx::sql_error);
+  EXPECT_EQ(count("SELECT COUNT(*) FROM result_base WHERE param_info_id = 1001"),
+            static_cast<int>(before_state));
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM math_history WHERE param_info_id = 1001"), "0");
+  EXPECT_EQ(scalar("SELECT COUNT(*) FROM visualization WHERE value_at IS NOT NULL"), "0");
+
+  // A replay looks for the row in the display's own history first, and there is none for
+  // visualization 0 either.
+  Measurement replay = load(1000, true);
+  EXPECT_THROW(replay->write_tu_msg(shown), pqxx::sql_error);
 }
 
 TEST_F(TelemetryControl, PreviousBlockWithoutACounterFieldConfirmsNothing) {
