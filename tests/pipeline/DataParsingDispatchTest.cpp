@@ -16,16 +16,21 @@ using AxisMap = std::map<std::string, std::string>;
 const AxisMap kXyz = {{"x", "x"}, {"y", "y"}, {"z", "z"}};
 const AxisMap kAbc = {{"a", "a"}, {"b", "b"}, {"c", "c"}};
 
-class DataParsingDispatch : public PipelineTest {};
+class DataParsingDispatch : public PipelineTest {
+protected:
+  // Row 1 of module 42: a wireless temperature (type 103) of 23 degrees.
+  static MeasurementRow temperatureRow() {
+    return MeasurementRow(1, 42)
+        .module(103, 1)
+        .at("2024-05-01 10:00:00")
+        .raw(RawRow(4, 2).samples({23.0}));
+  }
+};
 
 TEST_F(DataParsingDispatch, AxisMapsSayWhichLetterStandsInEachPlace) {
   PlantBuilder plant = machine(42, 103);
   // Upper case works as lower case. The first triple is mounted z, x, y; the second c, a, b.
-  plant.statement("UPDATE channel SET axis_order = 'ZXYcab' WHERE id = 100;")
-      .add(MeasurementRow(1, 42)
-               .module(103, 1)
-               .at("2024-05-01 10:00:00")
-               .raw(RawRow(4, 2).samples({23.0})));
+  plant.statement("UPDATE channel SET axis_order = 'ZXYcab' WHERE id = 100;").add(temperatureRow());
   plant.insert(sql());
 
   Measurement m = load(1);
@@ -58,10 +63,7 @@ TEST_F(DataParsingDispatch, MachineWithoutPointsTakesTheFallbackChannel) {
   PlantBuilder plant;
   plant.add(ModuleRow(7, 42, 103))
       .add(ChannelRow(100, 42).rawParam("").axisOrder("yzx"))
-      .add(MeasurementRow(1, 42)
-               .module(103, 1)
-               .at("2024-05-01 10:00:00")
-               .raw(RawRow(4, 2).samples({23.0})));
+      .add(temperatureRow());
   plant.insert(sql());
 
   Measurement m = load(1);
@@ -115,10 +117,7 @@ TEST_F(DataParsingDispatch, WirelessTemperatureRowFromTheStoreToItsResult) {
                .channel(100)
                .controlPoint(11)
                .thresholds(40, 60, 80))
-      .add(MeasurementRow(1, 42)
-               .module(103, 1)
-               .at("2024-05-01 10:00:00")
-               .raw(RawRow(4, 2).samples({23.0})));
+      .add(temperatureRow());
   plant.insert(sql());
 
   // The loop's order: print, verify, readData, setControlPoint and run per point, then for

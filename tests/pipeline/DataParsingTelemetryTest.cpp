@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "PipelineFixture.h"
+#include "TelemetryRoad.h"
 
 namespace {
 
@@ -15,28 +15,12 @@ using namespace vek_test;
 
 constexpr int kOutOfRange = 0x20000000;
 
-class DataParsingTelemetry : public PipelineTest {
+class DataParsingTelemetry : public TelemetryTest {
 protected:
   // A visualization of name at channel 100 and control point 11.
   static VisualizationRow shown(int id, const std::string& name) {
     return VisualizationRow(id, 42, name).channel(100).controlPoint(11).thresholds(1, 2, 3);
   }
-  // Notifications of code as "date|status|type|channel|point|info|recommendation|vis".
-  std::string notifications(const std::string& code) {
-    std::string text;
-    for (const auto& row :
-         query("SELECT date_of_creation, status, type_message_id, channel_id, control_point_id, "
-               "additional_info, recommendation_id, visualization_id FROM notification "
-               "WHERE message_code = '" +
-               code + "' ORDER BY id")) {
-      for (const auto& field : row) {
-        text += (field.is_null() ? std::string("NULL") : std::string(field.c_str())) + "|";
-      }
-      text.back() = '\n';
-    }
-    return text;
-  }
-  std::string hardwareStatus() { return scalar("SELECT hardware_status FROM module WHERE id = 7"); }
 };
 
 TEST_F(DataParsingTelemetry, PressureTransmitterGivesOneResultPerTimedRecord) {
@@ -108,7 +92,7 @@ TEST_F(DataParsingTelemetry, FourTemperatureSensorsAreJudgedWhereTheyAreShown) {
   EXPECT_EQ(r.status_vector, kOutOfRange);
   EXPECT_EQ(r.receipt_date, "2024-05-01 10:00:00");
   // Both failures are raised at the result's place; the store keeps one per day.
-  EXPECT_EQ(notifications("28"), "2024-05-01 10:00:00|1|2|100|11|NULL|NULL|NULL\n");
+  EXPECT_EQ(notes("28"), "2024-05-01 10:00:00|1|2|42|100|11|NULL|NULL|NULL|f\n");
   EXPECT_EQ(hardwareStatus(), "2") << "bit 1: a sensor out of range";
 
   Measurement second = load(2);
@@ -140,7 +124,7 @@ TEST_F(DataParsingTelemetry, TimedTemperatureKeepsTheRecordTimeOfAFailedSensor) 
   EXPECT_EQ(m->results[1].status_calc, 1);
   EXPECT_EQ(m->results[1].status_vector, kOutOfRange);
   // The failure is raised at the row's own time, not the record's.
-  EXPECT_EQ(notifications("28"), "2024-05-01 10:00:00|1|2|100|11|NULL|NULL|NULL\n");
+  EXPECT_EQ(notes("28"), "2024-05-01 10:00:00|1|2|42|100|11|NULL|NULL|NULL|f\n");
 }
 
 TEST_F(DataParsingTelemetry, TimedTemperatureWithoutAShownParameterGivesUndatedResults) {
@@ -195,7 +179,7 @@ TEST_F(DataParsingTelemetry, WirelessTemperatureUpTo300IsAReading) {
   EXPECT_TRUE(std::isnan(r.params.at("TEMPERATURE")));
   EXPECT_EQ(r.status_calc, 1);
   EXPECT_EQ(r.status_vector, kOutOfRange);
-  EXPECT_EQ(notifications("28"), "2024-05-01 10:01:00|1|2|100|11|NULL|NULL|NULL\n");
+  EXPECT_EQ(notes("28"), "2024-05-01 10:01:00|1|2|42|100|11|NULL|NULL|NULL|f\n");
   EXPECT_EQ(hardwareStatus(), "2");
 
   // No temperature piece: a result with nothing in it.
@@ -219,7 +203,7 @@ TEST_F(DataParsingTelemetry, RecalculationSetsTheFailureButRaisesNothing) {
   runAll(m);
   EXPECT_EQ(m->results.at(0).status_calc, 1);
   EXPECT_EQ(m->results.at(0).status_vector, kOutOfRange);
-  EXPECT_EQ(notifications("28"), "");
+  EXPECT_EQ(notes("28"), "");
   EXPECT_EQ(hardwareStatus(), "0");
 }
 
@@ -312,25 +296,25 @@ TEST_F(DataParsingTelemetry, StoredForecastAboveOrangeRaisesItsMessages) {
   runAll(m);
   // R1 with its first recommendation enabled for forecasts; R2 is switched off, C1 belongs to
   // another situation.
-  EXPECT_EQ(notifications("R1"), "2024-05-01 09:00:00|0|6|100|11|2|6|501\n");
-  EXPECT_EQ(notifications("R2"), "");
-  EXPECT_EQ(notifications("C1"), "");
+  EXPECT_EQ(notes("R1"), "2024-05-01 09:00:00|0|6|42|100|11|2|6|501|f\n");
+  EXPECT_EQ(notes("R2"), "");
+  EXPECT_EQ(notes("C1"), "");
 
   visualization row = m.shown->getData({1}).at(0);
   exec("TRUNCATE notification");
   row.rul_data = std::string("\\x") + kFlatCurve;
   m->analyzeRul(row);
-  EXPECT_EQ(notifications("R1"), "") << "a curve that stays at orange raises nothing";
+  EXPECT_EQ(notes("R1"), "") << "a curve that stays at orange raises nothing";
 
   row.rul_data = std::string("\\x") + kEarlyCurve;
   m->analyzeRul(row);
-  EXPECT_EQ(notifications("R1"), "2024-05-01 09:00:00|0|6|100|11|6|6|501\n");
+  EXPECT_EQ(notes("R1"), "2024-05-01 09:00:00|0|6|42|100|11|6|6|501|f\n");
 
   exec("TRUNCATE notification");
   row.rul_data = std::string("\\x") + kRisingCurve;
   row.message_settings = "";
   m->analyzeRul(row);
-  EXPECT_EQ(notifications("R1"), "") << "no message settings, no forecast message";
+  EXPECT_EQ(notes("R1"), "") << "no message settings, no forecast message";
 
   row.rul_data = std::string("\\x") + kRisingCurve + "00";
   EXPECT_THROW(m->analyzeRul(row), std::invalid_argument) << "an incomplete record";

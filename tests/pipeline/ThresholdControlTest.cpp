@@ -74,6 +74,38 @@ TEST_F(ThresholdControl, BatteryCorridorRaisesItsCodeWithTheRecommendationOfTheL
   EXPECT_EQ(scalar("SELECT COUNT(*) FROM notification"), "2");
 }
 
+TEST_F(ThresholdControl, HighValuesAreBadUnlessYellowLiesAboveOrange) {
+  // Module temperature rising through yellow 10 and orange 20: high is bad. One row a day, so
+  // that the store's once-a-day rule for a code keeps none of them out.
+  PlantBuilder rows = machine(42, 10);
+  rows.add(telemetryShown(501, "TEMP")
+               .thresholds(0, 10, 20)
+               .corridorActive(true)
+               .messageSettings(messageSettings({{"corridorActive", {{"1203", {}}}}})))
+      .add(MessageRow("1203"));
+  const int temperatures[] = {15, 25, 10, 11, 10};
+  for (int day = 1; day <= 5; ++day) {
+    rows.add(MeasurementRow(1000 + day, 42)
+                 .module(10, 0)
+                 .at("2024-05-0" + std::to_string(day) + " 10:00:00")
+                 .telemetry(temperatures[day - 1], -70, 5, 90));
+  }
+  rows.insert(sql());
+  // 15 is above yellow 10: level 2. 25 is above orange 20 as well: level 3. 10 lies on yellow
+  // and crosses nothing.
+  road(1001);
+  road(1002);
+  road(1003);
+  // Yellow equal to orange keeps the high-is-bad order: 11 crosses both, level 3; 10 neither.
+  exec("UPDATE visualization SET yellow = 10, orange = 10 WHERE id = 501");
+  road(1004);
+  road(1005);
+  EXPECT_EQ(notes("1203"), "2024-05-01 10:00:00|0|2|42|100|11|NULL|NULL|NULL|f\n"
+                           "2024-05-02 10:00:00|0|3|42|100|11|NULL|NULL|NULL|f\n"
+                           "2024-05-04 10:00:00|0|3|42|100|11|NULL|NULL|NULL|f\n");
+  EXPECT_NE(logText().find("recommendation for TEMP: 25 error: 1203\n"), std::string::npos);
+}
+
 TEST_F(ThresholdControl, WeakSignalMustLastThreeReadings) {
   PlantBuilder rows = plant();
   rows.add(block(1001, "2024-05-01 10:00:00", -95, 90))
