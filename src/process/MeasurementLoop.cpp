@@ -1,6 +1,8 @@
 #include "process/MeasurementLoop.h"
 
+#include <algorithm>
 #include <exception>
+#include <limits>
 #include <map>
 #include <string>
 #include <thread>
@@ -32,6 +34,17 @@ constexpr long kOldestPastSec = 946000000;
 const char* const kTimeFormat = "%Y-%m-%d %H:%M:%S";
 
 } // namespace
+
+void MeasurementLoop::advanceTimer(int& timer, int period, int elapsed_ms) {
+  // A timer already past its period is due and stays due until its action resets it, so it
+  // need not grow further: a long replay, in which the actions do not run, or a period near
+  // the end of the int range cannot carry it beyond that range.
+  if (period == 0 || timer > period) {
+    return;
+  }
+  timer = static_cast<int>(std::min<long long>(std::numeric_limits<int>::max(),
+                                               static_cast<long long>(timer) + elapsed_ms));
+}
 
 MeasurementLoop::MeasurementLoop(DataBase* db_, PrintLog* log_, Calculation* calculation_,
                                  DataCache* cache_, const CommandLine& options, int middle_,
@@ -87,14 +100,9 @@ bool MeasurementLoop::guardedPass() {
     }
     log->setPrintFile(calculation->getLog());
   }
-  // A period of 0 stops its timer where it stands; the periods are read anew on every pass, so
-  // a changed setting takes effect at once.
-  if (calculation->getIntervalControlTask() != 0) {
-    control_task_timer += elapsed_ms;
-  }
-  if (calculation->getIntervalAnalyzeModule() != 0) {
-    analyze_module_timer += elapsed_ms;
-  }
+  // The periods are read anew on every pass, so a changed setting takes effect at once.
+  advanceTimer(control_task_timer, calculation->getIntervalControlTask(), elapsed_ms);
+  advanceTimer(analyze_module_timer, calculation->getIntervalAnalyzeModule(), elapsed_ms);
   aggregate_clock += elapsed_ms;
   settings_timer += elapsed_ms;
 

@@ -33,6 +33,11 @@ public:
   // Runs passes until the stop id is reached; with no stop id it never returns.
   void run();
 
+  // Advances the timer of a periodic action by the duration of the last pass. A period of 0
+  // stops the timer where it stands; a timer past its period holds its value until its action
+  // resets it, and the sum never leaves the range of an int.
+  static void advanceTimer(int& timer, int period, int elapsed_ms);
+
 private:
   // One pass: timers, the newest id, at most one row, the pause. Returns true when the
   // stop id has been reached.
