@@ -572,3 +572,39 @@ TEST_F(Scenario, SimpleModulesOfEveryKindAreComputed) {
   EXPECT_EQ(rows("SELECT id, status FROM control_point ORDER BY id"),
             (Rows{"12 | 1", "13 | 1", "14 | 1", "15 | 1", "16 | 1"}));
 }
+
+TEST_F(Scenario, RowOfKindOneIsStoredButNeitherShownNorAssessed) {
+  // Row 1 of the wired temperature module is of kind 1 (a measurement taken on request): its
+  // results are stored with status 2 (good, of kind 1), but the displays keep what they
+  // showed, the point is not assessed and the machine's status pass is spent without a write.
+  // Row 2, of kind 0 and within the same ten seconds, is shown and assessed; the machine
+  // waits for its next turn.
+  PlantBuilder plant;
+  addSite(plant);
+  addModule(plant, 1, 3001, 8, 301, 11, 1.0);
+  plant.add(display(3011, 3001, "SENSOR_T1", 301, 11, 60, 75, 90).latestRaw(20.0))
+      .add(display(3012, 3001, "SENSOR_T2", 301, 11, 60, 75, 90).latestRaw(20.0));
+  plant
+      .add(MeasurementRow(1, 3001).module(8, 1).at(hourAgo()).kind(1).raw(
+          RawRow(4, 2).samples({80, 81})))
+      .add(MeasurementRow(2, 3001)
+               .module(8, 1)
+               .at(hourAgo(10))
+               .kind(0)
+               .raw(RawRow(4, 2).samples({25, 26})))
+      .add(MeasurementRow(3, 3001)
+               .module(8, 1)
+               .at(hourAgo(20))
+               .kind(0)
+               .raw(RawRow(4, 2).samples({27, 28})));
+  insert(plant);
+
+  runVek({"-stop", "3"});
+
+  EXPECT_EQ(results(), (Rows{"1 | 3011 | 80 | 2", "1 | 3012 | 81 | 2", "2 | 3011 | 25 | 0",
+                             "2 | 3012 | 26 | 0"}));
+  EXPECT_EQ(rows("SELECT latest_raw_value FROM visualization ORDER BY id"), (Rows{"25", "26"}));
+  EXPECT_EQ(rows("SELECT status, status_max FROM control_point"), (Rows{"1 | 1"}));
+  EXPECT_EQ(rows("SELECT status FROM aggregate"), (Rows{"NULL"}));
+  EXPECT_EQ(rows("SELECT count(*) FROM status_aggregate"), (Rows{"0"}));
+}
