@@ -171,8 +171,10 @@ public:
   // battery) and raises messages "11", "29" and "4". `list` holds the type 2 visualizations
   // of the first bound channel. True when the block is to be believed.
   bool control_tu(std::vector<visualization> list);
-  // Writes the telemetry values that `list` has visualizations for as one result: into
-  // RESULT_BASE, MATH_HISTORY and the latest values. Adds nothing to `results`.
+  // Writes the telemetry block as one result with one parameter per entry of `list`: into
+  // RESULT_BASE, MATH_HISTORY and the latest values. An entry at another place or of a value
+  // the block lacks gives a parameter of no visualization, which the store refuses with
+  // pqxx::sql_error after the parameters before it are written. Adds nothing to `results`.
   void write_tu_msg(std::vector<visualization> list);
 
   // ---- Threshold control and defects (DataParsing_thresholds.cpp) ------------------------
