@@ -3,8 +3,11 @@
 // worked out by hand.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <ctime>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <pqxx/pqxx>
@@ -607,4 +610,40 @@ TEST_F(Scenario, RowOfKindOneIsStoredButNeitherShownNorAssessed) {
   EXPECT_EQ(rows("SELECT status, status_max FROM control_point"), (Rows{"1 | 1"}));
   EXPECT_EQ(rows("SELECT status FROM aggregate"), (Rows{"NULL"}));
   EXPECT_EQ(rows("SELECT count(*) FROM status_aggregate"), (Rows{"0"}));
+}
+
+TEST_F(Scenario, MachineStatusIsReckonedAgainOnceTenSecondsHavePassed) {
+  // Rows 1 and 2 come at once: the machine's status is reckoned for row 1 only. The service
+  // then waits 30 seconds for new rows, which advances its clock; row 3, arriving meanwhile,
+  // finds the machine due again and its status is reckoned at row 3's date. Row 1 leaves point
+  // 11 green (1); row 3, 70 degrees, leaves it yellow (2).
+  PlantBuilder plant;
+  addSite(plant);
+  addModule(plant, 1, 3001, 103, 301, 11, 1.0);
+  plant.add(display(3011, 3001, "TEMPERATURE", 301, 11, 60, 75, 90));
+  const std::string first = hourAgo();
+  const std::string third = hourAgo(20);
+  plant.add(temperature(1, 3001, 23.0, first)).add(temperature(2, 3001, 82.0, hourAgo(10)));
+  insert(plant);
+
+  ServiceRun run({"-host", db.host(), "-name", db.name(), "-user", db.user()});
+  ASSERT_TRUE(run.waitForOutput("pause: 30\n", kRunSec)) << run.standardOutput();
+  PlantBuilder later;
+  later.add(temperature(3, 3001, 70.0, third));
+  insert(later);
+  // The wait ends within half a minute; allow for a loaded machine.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(90);
+  while (rows("SELECT count(*) FROM status_aggregate") != Rows{"2"} &&
+         std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  }
+  run.sendSignal(SIGTERM);
+  int status = -1;
+  EXPECT_TRUE(run.waitForExit(kRunSec, status));
+
+  EXPECT_EQ(rows("SELECT status, calculated_at = '" + first + "', calculated_at = '" + third +
+                 "' FROM status_aggregate ORDER BY id"),
+            (Rows{"1 | t | f", "2 | f | t"}))
+      << run.standardOutput();
+  EXPECT_EQ(rows("SELECT status, status_max FROM aggregate"), (Rows{"2 | 2"}));
 }
