@@ -46,6 +46,13 @@ void MeasurementLoop::advanceTimer(int& timer, int period, int elapsed_ms) {
                                                static_cast<long long>(timer) + elapsed_ms));
 }
 
+bool MeasurementLoop::aggregateStatusDue(const std::map<int, int>& written_at, int aggregate_id,
+                                         int clock) {
+  const auto written = written_at.find(aggregate_id);
+  return written == written_at.end() || clock - written->second > kAggregateStatusPeriodMs ||
+         clock < written->second;
+}
+
 MeasurementLoop::MeasurementLoop(DataBase* db_, PrintLog* log_, Calculation* calculation_,
                                  DataCache* cache_, const CommandLine& options, int middle_,
                                  int id_history_, int id_current_)
@@ -293,11 +300,7 @@ void MeasurementLoop::processMeasurement(const param_info& info, const Module& m
   // The machine's status is reduced from all its points, which other modules also feed; once
   // in ten seconds per machine is enough. An entry above the clock means that the clock has
   // wrapped, and counts as due so that no machine stays silent after a wrap.
-  const auto written = aggregate_written_at.find(aggregate.id);
-  const bool due = written == aggregate_written_at.end() ||
-                   aggregate_clock - written->second > kAggregateStatusPeriodMs ||
-                   aggregate_clock < written->second;
-  if (due) {
+  if (aggregateStatusDue(aggregate_written_at, aggregate.id, aggregate_clock)) {
     aggregate_written_at[aggregate.id] = aggregate_clock;
     if (!replay && has_points && info.kind == 0) {
       aggregate.calculateStatus();

@@ -38,6 +38,11 @@ public:
   // resets it, and the sum never leaves the range of an int.
   static void advanceTimer(int& timer, int period, int elapsed_ms);
 
+  // Whether a machine's status pass is due at `clock`, given the clock value of each machine's
+  // last pass: never passed, more than ten seconds ago, or an entry above the clock, which
+  // means that the clock has wrapped since.
+  static bool aggregateStatusDue(const std::map<int, int>& written_at, int aggregate_id, int clock);
+
 private:
   // One pass: timers, the newest id, at most one row, the pause. Returns true when the
   // stop id has been reached.

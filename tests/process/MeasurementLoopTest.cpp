@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
 
 #include "process/MeasurementLoop.h"
 
@@ -28,4 +29,22 @@ TEST(MeasurementLoop, TimerPastItsPeriodHoldsAndNeverLeavesTheIntRange) {
   EXPECT_EQ(timer, largest);
   MeasurementLoop::advanceTimer(timer, 2147483000, 30000);
   EXPECT_EQ(timer, largest);
+}
+
+TEST(MeasurementLoop, MachineStatusIsDueOnceInTenSecondsAndAgainAfterTheClockWraps) {
+  std::map<int, int> written_at;
+  // A machine seen for the first time is due whatever the clock says.
+  EXPECT_TRUE(MeasurementLoop::aggregateStatusDue(written_at, 7, 0));
+  written_at[7] = 120000;
+  // Within ten seconds of its last pass it is not, and exactly ten seconds is not yet more.
+  EXPECT_FALSE(MeasurementLoop::aggregateStatusDue(written_at, 7, 120000));
+  EXPECT_FALSE(MeasurementLoop::aggregateStatusDue(written_at, 7, 130000));
+  EXPECT_TRUE(MeasurementLoop::aggregateStatusDue(written_at, 7, 130001));
+  // Another machine keeps its own turn.
+  EXPECT_TRUE(MeasurementLoop::aggregateStatusDue(written_at, 8, 120000));
+  // The clock is reset above ten minutes: a machine whose last pass stands above the clock
+  // would otherwise wait until the clock caught up, up to ten minutes without a status.
+  written_at[7] = 599000;
+  EXPECT_TRUE(MeasurementLoop::aggregateStatusDue(written_at, 7, 0));
+  EXPECT_TRUE(MeasurementLoop::aggregateStatusDue(written_at, 7, 598999));
 }
