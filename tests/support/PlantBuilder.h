@@ -54,7 +54,8 @@ std::string sqlQuoted(const std::string& text);
 std::string sqlNumber(double value);
 
 // Hexadecimal characters of one value of c_type in fu_raw.data: 4 for 1 and 2, 6 for 3 and
-// 4, 8 for 5, 6 and 7, 2 for 8 and for every unknown type.
+// 4, 8 for 5, 6 and 7, 2 for 8 and for every unknown type. Written out here rather than
+// taken from the decoder, so that a round trip through both would catch a wrong width there.
 int sampleWidth(int c_type);
 // One value of c_type as hexadecimal text, least significant byte first, lower case:
 // 1 unsigned 16 bits, 2 signed 16 bits, 3 and 4 24 bits (4 reads back as unsigned too),
