@@ -45,3 +45,18 @@ function(vek_test name)
                              VEK_BINARY_DIR="${CMAKE_BINARY_DIR}")
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
 endfunction()
+
+# vek_scenarios(NAME DIRECTORY) makes the test program NAME whose tests are the scenario files
+# DIRECTORY/*.scn, one per file, named after its stem (format: tests/support/Scenario.h). The
+# list of files is part of the program's build, so that a file added is listed by ctest after
+# the next build.
+function(vek_scenarios name directory)
+  file(GLOB files CONFIGURE_DEPENDS ${directory}/*.scn)
+  string(SHA1 listing "${files}")
+  add_executable(${name} ${CMAKE_SOURCE_DIR}/tests/support/ScenarioMain.cpp)
+  target_link_libraries(${name} PRIVATE vek_test_support vek_options vek_warnings)
+  target_compile_definitions(${name} PRIVATE VEK_SCENARIO_SUITE="${name}"
+                             VEK_SCENARIO_DIR="${directory}" VEK_SCENARIO_FILES="${listing}")
+  add_dependencies(${name} vek)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
+endfunction()

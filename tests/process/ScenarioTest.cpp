@@ -12,7 +12,7 @@
 
 #include <pqxx/pqxx>
 
-#include "ServiceRun.h"
+#include "support/ServiceRun.h"
 #include "support/PlantBuilder.h"
 #include "support/ThrowawayDatabase.h"
 

@@ -12,7 +12,7 @@
 
 #include <pqxx/pqxx>
 
-#include "ServiceRun.h"
+#include "support/ServiceRun.h"
 #include "support/ThrowawayDatabase.h"
 
 namespace {
@@ -61,7 +61,17 @@ std::string insertRows(const std::vector<int>& ids) {
   return sql;
 }
 
+using vek_test::ServiceRun;
 using vek_test::ThrowawayDatabase;
+
+// The argument list as the service joins it in the first line of its run log.
+std::string joined(const std::vector<std::string>& arguments) {
+  std::string text = VEK_EXECUTABLE;
+  for (const std::string& argument : arguments) {
+    text += argument;
+  }
+  return text;
+}
 
 // The instance row with the run log switched on: the loop reads the settings on its first
 // pass, and the setting, not -p, decides whether the run log is written from then on.
@@ -195,8 +205,9 @@ TEST(Service, PrintOptionWritesTheRunLogNamedAfterDatabaseAndInstance) {
   ThrowawayDatabase db("vek_process_logs");
   execute(db, insertRows({1, 2, 3}) + instanceWithLog(7));
 
-  ServiceRun run(withArguments(connectionArguments(db),
-                               {"-id", "7", "-s", "1", "-stop", "3", "-p", "-middle", "3"}));
+  const std::vector<std::string> arguments = withArguments(
+      connectionArguments(db), {"-id", "7", "-s", "1", "-stop", "3", "-p", "-middle", "3"});
+  ServiceRun run(arguments);
   int status = -1;
   ASSERT_TRUE(run.waitForExit(kQuickRunSec, status)) << run.standardOutput();
   EXPECT_EQ(status, 0);
@@ -213,9 +224,9 @@ TEST(Service, PrintOptionWritesTheRunLogNamedAfterDatabaseAndInstance) {
   const std::string log = run.fileContent(logs[0]);
   // The first line is the command line joined without separators; it reaches the file only.
   const std::string first_line =
-      run.joinedCommandLine() + ", vek 7 version: " + expectedVersionDocument() + "\n";
+      joined(arguments) + ", vek 7 version: " + expectedVersionDocument() + "\n";
   EXPECT_EQ(log.substr(0, first_line.size()), first_line);
-  EXPECT_EQ(run.standardOutput().find(run.joinedCommandLine()), std::string::npos);
+  EXPECT_EQ(run.standardOutput().find(joined(arguments)), std::string::npos);
   // The row read is announced in the file only, between the loop's own lines.
   EXPECT_NE(log.find("start id: 1\nstop id: 3\nmiddle: 5\nid_current: 1\nreading data: ID = 1\n"),
             std::string::npos)
