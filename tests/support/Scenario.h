@@ -5,28 +5,24 @@
 // vek_scenarios(NAME DIRECTORY) has one test per DIRECTORY/*.scn, named after the file's
 // stem; each file gets a fresh database and one working directory for all its runs.
 //
-//   # comment lines before the first directive, or directly after a directive line
+//   # comments: before the first directive, or lines directly after a directive line
 //   --- sql              statements, run in one transaction
-//   --- run -stop 4      vek -host H -name DB -user U -stop 4, until it ends (60 s); exit 0
+//   --- run -stop 4      vek -host H -name DB -user U -stop 4 until it ends (60 s), exit 0
 //   --- expect
-//   SELECT a, b FROM t ORDER BY a;     the query: up to the first line ending in ";"
-//   1|x|NULL                           every row, fields joined by "|"; none for no row
-//   --- log run          each line a substring of the file, in order; the file is stdout or
-//   --- nolog error      stderr of all runs so far, run (the run logs) or error (the error
-//                        logs); nolog: none of the lines occurs
+//   SELECT a, b FROM t ORDER BY a;   the query: up to the first line ending in ";"
+//   1|x|NULL                         then every row, fields joined by "|"; none for no row
+//   --- log stdout       each line occurs, in this order, in the output: stdout or stderr of
+//   --- nolog error      all runs so far, run (the run logs DB_c*.log) or error (the error
+//                        logs DB_c*_error.log); nolog: none of the lines occurs
 //   --- wait 11          sleeps 11 seconds
+//   --- start -id 2      vek as for run, left running while the next directives go on
+//   --- await pause: 30  waits (60 s) until the started run prints the text, after the
+//                        text it matched last
+//   --- signal 15        sends the signal to the started run: it must end with status 0
 
-#include <pqxx/pqxx>
 #include <string>
-#include <vector>
 
 namespace vek_test {
-
-// The rows of a query, fields joined by "|", NULL written NULL.
-std::vector<std::string> rowsText(pqxx::connection& connection, const std::string& query);
-
-// Runs one scenario file, reporting every mismatch through GoogleTest.
-void runScenario(const std::string& path);
 
 // Registers a test named after each .scn file of directory in suite and runs them all.
 int scenarioMain(int argc, char** argv, const char* suite, const std::string& directory);

@@ -13,19 +13,12 @@ std::string StoreTest::setup_error_;
 
 void StoreTest::SetUpTestSuite() {
   setup_error_.clear();
-  std::string label = "suite";
-  if (const auto* suite = ::testing::UnitTest::GetInstance()->current_test_suite()) {
-    label = suite->name();
-  }
+  const auto* suite = ::testing::UnitTest::GetInstance()->current_test_suite();
   try {
-    database_ = std::make_unique<ThrowawayDatabase>(label);
+    database_ = std::make_unique<ThrowawayDatabase>(suite != nullptr ? suite->name() : "suite");
   } catch (const std::exception& e) {
     setup_error_ = e.what();
   }
-}
-
-void StoreTest::TearDownTestSuite() {
-  database_.reset();
 }
 
 void StoreTest::SetUp() {
@@ -46,16 +39,10 @@ void StoreTest::TearDown() {
   temporary_files_.clear();
 }
 
-std::string StoreTest::logText() const {
-  return fileText(log_path_);
-}
-
 std::string StoreTest::fileText(const std::string& path) {
   std::ifstream in(path);
   std::ostringstream text;
-  if (in) {
-    text << in.rdbuf();
-  }
+  text << in.rdbuf();
   return text.str();
 }
 
@@ -66,24 +53,18 @@ void StoreTest::exec(const std::string& statements) {
 }
 
 pqxx::result StoreTest::query(const std::string& statement) {
-  pqxx::work work(*sql_);
-  pqxx::result rows = work.exec(statement);
-  work.commit();
-  return rows;
+  return pqxx::nontransaction(*sql_).exec(statement);
 }
 
 std::string StoreTest::scalar(const std::string& statement) {
   const pqxx::result rows = query(statement);
-  if (rows.empty() || rows[0].empty() || rows[0][0].is_null()) {
-    return "";
-  }
-  return rows[0][0].c_str();
+  return rows.empty() || rows[0].empty() || rows[0][0].is_null() ? "" : rows[0][0].c_str();
 }
 
-std::unique_ptr<WorkPostgreSQL>
-StoreTest::makeStore(PrintLog* other_log, std::chrono::milliseconds reconnect_pause) const {
+std::unique_ptr<WorkPostgreSQL> StoreTest::makeStore(PrintLog* other_log,
+                                                     std::chrono::milliseconds pause) const {
   return std::make_unique<WorkPostgreSQL>(database_->host(), database_->name(), database_->user(),
-                                          "", other_log, reconnect_pause);
+                                          "", other_log, pause);
 }
 
 std::string StoreTest::temporaryFile(const std::string& stem) {
