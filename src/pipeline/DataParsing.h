@@ -23,8 +23,8 @@
 //   DataParsing_thresholds.cpp         tu_threshold_control, control_defects
 //   DataParsing_status.cpp             computeStatus
 // and computeMiddle and computeTrend beside the middle and the trend. Helpers of the folder:
-// hex_text (hexadecimal samples) and sql_text (statement texts: floats as the store's driver
-// prints them, quoted texts).
+// hex_text (hexadecimal samples) and sql_text (floats in statement texts as the store's driver
+// prints them).
 #pragma once
 
 #include <array>

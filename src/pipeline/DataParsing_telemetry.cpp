@@ -18,6 +18,7 @@
 #include "pipeline/sql_text.h"
 #include "records/settings_parsers.h"
 #include "store/DataBase.h"
+#include "store/sql_quote.h"
 
 namespace {
 
@@ -288,7 +289,7 @@ void DataParsing::analyzeRul(visualization row) {
     // The stored value at the latest time is looked up though nothing uses it: a parameter
     // whose result table cannot be read raises no forecast.
     db->getValueInt("SELECT ID FROM RESULT_" + id + " WHERE RECEIPT_DATE = TO_TIMESTAMP(" +
-                    sql_text::quoted(row.value_at) +
+                    sql::quoted(row.value_at) +
                     ",'yyyy-mm-dd hh24:mi:ss.ff6') AND VISUALIZATION_ID = " + id);
     db->notificationSave(code, source, row.value_at, 0, 0, text, kForecastMessage,
                          organization_alias, recommendation, row.channel_id, row.control_point_id,

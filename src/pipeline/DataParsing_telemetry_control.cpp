@@ -12,8 +12,8 @@
 
 #include "equipment/Aggregate.h"
 #include "logging/PrintLog.h"
-#include "pipeline/sql_text.h"
 #include "store/DataBase.h"
+#include "store/sql_quote.h"
 
 namespace {
 
@@ -72,7 +72,7 @@ bool DataParsing::control_tu(std::vector<visualization> list) {
     // restart since then has rebooted repeatedly.
     const int day_value =
         db->getValueInt("SELECT VALUE FROM RESULT_BASE WHERE  VISUALIZATION_ID = " + reset_text +
-                        " AND receipt_date >= (TO_TIMESTAMP(" + sql_text::quoted(receipt_date) +
+                        " AND receipt_date >= (TO_TIMESTAMP(" + sql::quoted(receipt_date) +
                         ", 'yyyy-mm-dd hh24:mi:ss.ff6') - INTERVAL '01' DAY) ORDER BY "
                         "receipt_date ASC LIMIT 1");
     if (day_value > 0 &&

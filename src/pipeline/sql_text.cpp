@@ -23,15 +23,4 @@ std::string floatText(float value) {
   return stream.str();
 }
 
-std::string quoted(const std::string& text) {
-  std::string out = "'";
-  for (char c : text) {
-    out += c;
-    if (c == '\'') {
-      out += '\'';
-    }
-  }
-  return out + "'";
-}
-
 } // namespace sql_text

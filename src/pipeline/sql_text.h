@@ -1,5 +1,5 @@
-// Texts that the measurement object puts into statements and notifications itself, outside
-// the store: numbers as the store's driver prints them, and quoted texts.
+// Numbers that the measurement object puts into statements and notifications itself, outside
+// the store, as the store's driver prints them. Texts are quoted by the store's sql::quoted.
 #pragma once
 
 #include <string>
@@ -10,9 +10,5 @@ namespace sql_text {
 // significant digits, in the classic locale ("2", "0.100000001", "2.56204787e+12"), and "nan",
 // "infinity" and "-infinity" for the values that are not finite.
 std::string floatText(float value);
-
-// The text between single quotes with every quote inside doubled, so that a quote in stored
-// text cannot end the literal. For a text without a quote this is "'" + text + "'".
-std::string quoted(const std::string& text);
 
 } // namespace sql_text

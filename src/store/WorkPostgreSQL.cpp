@@ -104,30 +104,16 @@ std::string WorkPostgreSQL::optionalIdCondition(long id) {
   return id == 0 ? "IS NULL" : "= " + numberText(id);
 }
 
-std::string WorkPostgreSQL::quoted(const std::string& text) {
-  std::string out;
-  out.reserve(text.size() + 2);
-  out += '\'';
-  for (const char c : text) {
-    if (c == '\'') {
-      out += '\'';
-    }
-    out += c;
-  }
-  out += '\'';
-  return out;
-}
-
 std::string WorkPostgreSQL::timestampText(const std::string& date) {
-  return "TO_TIMESTAMP(" + quoted(date) + ",'yyyy-mm-dd hh24:mi:ss.ff6')";
+  return "TO_TIMESTAMP(" + sql::quoted(date) + ",'yyyy-mm-dd hh24:mi:ss.ff6')";
 }
 
 std::string WorkPostgreSQL::optionalQuoted(const std::string& text) {
-  return text.empty() ? "NULL" : quoted(text);
+  return text.empty() ? "NULL" : sql::quoted(text);
 }
 
 std::string WorkPostgreSQL::optionalQuotedCondition(const std::string& text) {
-  return text.empty() ? "IS NULL" : "= " + quoted(text);
+  return text.empty() ? "IS NULL" : "= " + sql::quoted(text);
 }
 
 namespace {

@@ -10,6 +10,7 @@
 #include "logging/PrintLog.h"
 #include "records/types.h"
 #include "store/DataBase.h"
+#include "store/sql_quote.h"
 
 // Declared as libpqxx 6.4 declares them, so that users of the store need not see libpqxx.
 namespace pqxx {
@@ -129,10 +130,6 @@ public:
   int getRecommendationCode(std::string code, int type_message_id) override;
 
 private:
-  // Tests reach the value texts and reading rules through this one door, to prove them
-  // against real statements.
-  friend struct WorkPostgreSQLProbe;
-
   // ---- The one road to the server ------------------------------------------------------
   //
   // Every statement of every operation goes through execute: a block-local pqxx::work
@@ -161,17 +158,13 @@ private:
   // An optional key in a condition: "IS NULL" for 0, otherwise "= " + the number, to follow
   // the column name and a blank ("CHANNEL_ID " + optionalIdCondition(id)).
   static std::string optionalIdCondition(long id);
-  // A text between single quotes with every quote inside doubled, so that an alias or name
-  // holding a quote is stored as it is instead of breaking the statement. For a text without
-  // a quote this is exactly "'" + text + "'".
-  static std::string quoted(const std::string& text);
   // A time stamp given as text, read by the server at microsecond precision:
-  // TO_TIMESTAMP(quoted(date),'yyyy-mm-dd hh24:mi:ss.ff6').
+  // TO_TIMESTAMP(sql::quoted(date),'yyyy-mm-dd hh24:mi:ss.ff6').
   static std::string timestampText(const std::string& date);
-  // An optional text in an inserted row: NULL for the empty text, otherwise quoted(text).
+  // An optional text in an inserted row: NULL for the empty text, otherwise sql::quoted(text).
   static std::string optionalQuoted(const std::string& text);
   // An optional text in a condition: "IS NULL" for the empty text, otherwise "= " +
-  // quoted(text).
+  // sql::quoted(text).
   static std::string optionalQuotedCondition(const std::string& text);
 
   // ---- Reading fields -------------------------------------------------------------------

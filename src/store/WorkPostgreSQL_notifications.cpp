@@ -16,7 +16,7 @@ void WorkPostgreSQL::notificationSave(std::string code, long source, std::string
       "SELECT COUNT(*) FROM NOTIFICATION WHERE SOURCE " + optionalIdCondition(source) +
       " AND GATEWAY_ID " + optionalIdCondition(gateway_id) + " AND CHANNEL_ID " +
       optionalIdCondition(channel_id) + " AND CONTROL_POINT_ID " +
-      optionalIdCondition(control_point_id) + " AND MESSAGE_CODE = " + quoted(code) +
+      optionalIdCondition(control_point_id) + " AND MESSAGE_CODE = " + sql::quoted(code) +
       " AND TYPE_MESSAGE_ID = " + numberText(type_message_id);
   const std::string same_target = " AND ORGANIZATION_ALIAS " +
                                   optionalQuotedCondition(organization_alias) +
@@ -50,8 +50,8 @@ void WorkPostgreSQL::notificationSave(std::string code, long source, std::string
           optionalQuoted(additional_info) + ", " + numberText(type_message_id) + ", " +
           numberText(status) + ", " + active_days + ", " + optionalQuoted(organization_alias) +
           ", " + optionalId(recommendation_id) + ", " + optionalId(channel_id) + ", " +
-          optionalId(control_point_id) + ", " + optionalId(visualization_id) + ", " + quoted(code) +
-          ", " + boolText(diagnostic_mode) + ")");
+          optionalId(control_point_id) + ", " + optionalId(visualization_id) + ", " +
+          sql::quoted(code) + ", " + boolText(diagnostic_mode) + ")");
   log->print("write table notification, " + organization_alias + ", error: " + code + "\n");
 }
 
@@ -76,17 +76,17 @@ void WorkPostgreSQL::setNotificationStatus(std::string code, long source,
   // The alias is compared as a text even when empty: rows without an organization are
   // closed by other means.
   execute("UPDATE NOTIFICATION SET STATUS = " + numberText(status) +
-          " WHERE MESSAGE_CODE = " + quoted(code) + " AND SOURCE " + optionalIdCondition(source) +
-          " AND GATEWAY_ID " + optionalIdCondition(gateway_id) +
+          " WHERE MESSAGE_CODE = " + sql::quoted(code) + " AND SOURCE " +
+          optionalIdCondition(source) + " AND GATEWAY_ID " + optionalIdCondition(gateway_id) +
           " AND TYPE_MESSAGE_ID = " + numberText(type_message_id) + " AND STATUS = 0" +
-          " AND ORGANIZATION_ALIAS = " + quoted(organization_alias) + " AND CHANNEL_ID " +
+          " AND ORGANIZATION_ALIAS = " + sql::quoted(organization_alias) + " AND CHANNEL_ID " +
           optionalIdCondition(channel_id) + " AND CONTROL_POINT_ID " +
           optionalIdCondition(control_point_id));
   log->print("set status notification, " + numberText(source) + ", message_code: " + code + "\n");
 }
 
 bool WorkPostgreSQL::isMessageActive(std::string code) {
-  return getValueInt("SELECT COUNT(*) FROM LIST_OF_MESSAGES WHERE CODE = " + quoted(code) +
+  return getValueInt("SELECT COUNT(*) FROM LIST_OF_MESSAGES WHERE CODE = " + sql::quoted(code) +
                      " AND VISIBLE=true") != 0;
 }
 
@@ -106,8 +106,8 @@ int WorkPostgreSQL::getRecommendationCode(std::string code, int type_message_id)
   if (type_message_id != 0) {
     type = " AND type_message_id = " + numberText(type_message_id);
   }
-  return getValueInt("SELECT id FROM RECOMMENDATION WHERE message_code =" + quoted(code) + type +
-                     " AND enabled=true");
+  return getValueInt("SELECT id FROM RECOMMENDATION WHERE message_code =" + sql::quoted(code) +
+                     type + " AND enabled=true");
 }
 
 void WorkPostgreSQL::writeDefects(int id, std::map<int, int> defects) {

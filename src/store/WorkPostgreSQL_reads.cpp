@@ -37,8 +37,8 @@ void WorkPostgreSQL::readParamInfo(long source, std::string from, std::string to
   const pqxx::result rows =
       execute("SELECT ID, SOURCE, TYPE_MOD, TYPE_PARAM, RECEIPT_DATE, TU_ERROR, PARAM_SETTINGS, "
               "MODULE_CONFIG, KIND FROM PARAM_INFO WHERE " +
-              filter + "type_param<>0 AND RECEIPT_DATE>" + quoted(from) + " AND RECEIPT_DATE<" +
-              quoted(to) + " ORDER BY RECEIPT_DATE");
+              filter + "type_param<>0 AND RECEIPT_DATE>" + sql::quoted(from) +
+              " AND RECEIPT_DATE<" + sql::quoted(to) + " ORDER BY RECEIPT_DATE");
   std::stringstream stream;
   for (const auto& row : rows) {
     param_info info;

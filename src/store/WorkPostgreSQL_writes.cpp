@@ -41,9 +41,9 @@ void WorkPostgreSQL::writeResult(std::string organization_alias, calc_result r) 
       "STATUS_CALC, STATUS_VECTOR, VISUALIZATION_ID, HAS_RAW_DATA) VALUES ";
   auto row = [&](const result_param& p) {
     return "( nextval('id_result'), " + id + ", " + date + ", " + numberText(r.source) + ", " +
-           quoted(p.name) + ", " + floatText(p.value) + ", " + numberText(r.status_calc) + ", " +
-           numberText(r.status_vector) + ", " + numberText(p.visualization_id) + ", " + has_raw +
-           "), ";
+           sql::quoted(p.name) + ", " + floatText(p.value) + ", " + numberText(r.status_calc) +
+           ", " + numberText(r.status_vector) + ", " + numberText(p.visualization_id) + ", " +
+           has_raw + "), ";
   };
   try {
     if (getValueInt("SELECT COUNT(*) FROM RESULT WHERE PARAM_INFO_ID = " + id) != 0) {
@@ -138,13 +138,13 @@ void WorkPostgreSQL::writeResultMathHistory([[maybe_unused]] std::string organiz
   std::string statement;
   if (getValueInt("SELECT COUNT(*) FROM MATH_HISTORY WHERE PARAM_INFO_ID = " + id) != 0) {
     statement = "UPDATE MATH_HISTORY SET STATUS_CALC = " + numberText(r.status_calc) +
-                ", CALCULATED_AT = TO_TIMESTAMP(" + quoted(now) +
+                ", CALCULATED_AT = TO_TIMESTAMP(" + sql::quoted(now) +
                 ", 'yyyy-mm-dd hh24:mi:ss'), STATUS_VECTOR = " + numberText(r.status_vector) +
                 ", HAS_RAW_DATA = " + boolText(r.has_raw_data) + " WHERE PARAM_INFO_ID = " + id;
   } else if (!r.result_params.empty()) {
     statement = "INSERT INTO MATH_HISTORY (PARAM_INFO_ID, CALCULATED_AT, STATUS_CALC, "
                 "STATUS_VECTOR, HAS_RAW_DATA) VALUES (" +
-                id + ", TO_TIMESTAMP(" + quoted(now) + ", 'yyyy-mm-dd hh24:mi:ss'), " +
+                id + ", TO_TIMESTAMP(" + sql::quoted(now) + ", 'yyyy-mm-dd hh24:mi:ss'), " +
                 numberText(r.status_calc) + ", " + numberText(r.status_vector) + ", " +
                 boolText(r.has_raw_data) + ")";
   }
@@ -155,8 +155,8 @@ void WorkPostgreSQL::writeResultMathHistory([[maybe_unused]] std::string organiz
 void WorkPostgreSQL::writeLatestData(calc_result r) {
   std::string time_clause;
   if (!r.receipt_date.empty()) {
-    time_clause =
-        " VALUE_AT = TO_TIMESTAMP(" + quoted(r.receipt_date) + ", 'yyyy-mm-dd hh24:mi:ss.ff6')";
+    time_clause = " VALUE_AT = TO_TIMESTAMP(" + sql::quoted(r.receipt_date) +
+                  ", 'yyyy-mm-dd hh24:mi:ss.ff6')";
   }
   for (const result_param& p : r.result_params) {
     std::string statement = "UPDATE VISUALIZATION SET";
@@ -258,7 +258,7 @@ void WorkPostgreSQL::writeRulVisualization(int id, std::string literal) {
 
 void WorkPostgreSQL::writeRecalculation(int id, int state, std::string time_calculation) {
   execute("UPDATE RECALCULATION SET STATE = " + numberText(state) +
-          ", TIME_CALCULATION=" + quoted(time_calculation) + " WHERE ID = " + numberText(id));
+          ", TIME_CALCULATION=" + sql::quoted(time_calculation) + " WHERE ID = " + numberText(id));
 }
 
 void WorkPostgreSQL::setConnectionStatus(std::string table, int id, int status) {
@@ -268,26 +268,26 @@ void WorkPostgreSQL::setConnectionStatus(std::string table, int id, int status) 
 
 void WorkPostgreSQL::setConnectionStatusOrganization(std::string alias, int status) {
   execute("UPDATE ORGANIZATION_OBJECT SET CONNECTION_STATUS = " + numberText(status) +
-          " WHERE ALIAS_NAME = " + quoted(alias));
+          " WHERE ALIAS_NAME = " + sql::quoted(alias));
 }
 
 void WorkPostgreSQL::writeCalculation(int id, std::string ip, int lag) {
   execute("INSERT INTO VEK_CALCULATION (ID, IP, LAG) VALUES (" + numberText(id) + ", " +
-          quoted(ip) + ", " + numberText(lag) + ")");
+          sql::quoted(ip) + ", " + numberText(lag) + ")");
 }
 
 void WorkPostgreSQL::updateCalculation(int id, int lag, int last_calculated,
                                        std::string sync_time) {
-  execute("UPDATE VEK_CALCULATION SET SYNC_TIME = TO_TIMESTAMP(" + quoted(sync_time) +
+  execute("UPDATE VEK_CALCULATION SET SYNC_TIME = TO_TIMESTAMP(" + sql::quoted(sync_time) +
           ",'yyyy-mm-dd hh24:mi:ss'), LAG = " + numberText(lag) +
           ", LAST_CALCULATED = " + numberText(last_calculated) + " WHERE ID = " + numberText(id));
 }
 
 void WorkPostgreSQL::updateCalculation(int id, std::string ip) {
-  execute("UPDATE VEK_CALCULATION SET IP = " + quoted(ip) + " WHERE ID = " + numberText(id));
+  execute("UPDATE VEK_CALCULATION SET IP = " + sql::quoted(ip) + " WHERE ID = " + numberText(id));
 }
 
 void WorkPostgreSQL::writeVersion(int id, std::string version) {
-  writeData("UPDATE VEK_CALCULATION SET VERSION =" + quoted(version) +
+  writeData("UPDATE VEK_CALCULATION SET VERSION =" + sql::quoted(version) +
             " WHERE ID = " + numberText(id));
 }

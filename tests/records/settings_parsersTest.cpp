@@ -1,12 +1,14 @@
+// The readers of the settings texts, and the defaults of the shared records.
 #include "records/settings_parsers.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
+#include <cstdint>
+#include <cstring>
+#include <sstream>
 #include <stdexcept>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace {
 
@@ -14,254 +16,183 @@ using Numbers = std::map<std::string, std::vector<long>>;
 using Texts = std::map<std::string, std::string>;
 using Flags = std::map<std::string, bool>;
 
-void expectSetting(const param_setting& got, const std::string& name, double value,
-                   const std::string& sub_1_packet = "") {
-  EXPECT_EQ(got.name, name);
-  EXPECT_EQ(got.value, value) << got.name;
-  EXPECT_EQ(got.sub_1_packet, sub_1_packet) << got.name;
-}
-
-// ---- parse_param_settings: the positional scanner of PARAM_SETTINGS ----
-
-TEST(ParseParamSettings, ReadsTheFieldLayout) {
-  auto settings = parse_param_settings(
-      R"([{"name_param": "ku_vx", "value": 1.5},{"name_param": "g_del", "value": null}])");
-  ASSERT_EQ(settings.size(), 2u);
-  expectSetting(settings[0], "ku_vx", 1.5);
-  expectSetting(settings[1], "g_del", 0.0);
-
-  settings =
-      parse_param_settings(R"([{"name_param": "freq", "sub_1_packet": "A", "value": -2.5e-3}, )"
-                           R"({"name_param": "gain", "value": 3, "sub_1_packet": "B"}])");
-  ASSERT_EQ(settings.size(), 2u);
-  expectSetting(settings[0], "freq", -0.0025, "A");
-  // The last key runs to the end of the object; its closing quote is dropped by length.
-  expectSetting(settings[1], "gain", 3.0, "B");
-
-  // Key order is free: the "," search starts at each key.
-  settings = parse_param_settings(R"([{"value": 3.25, "name_param": "rpm"}])");
-  ASSERT_EQ(settings.size(), 1u);
-  expectSetting(settings[0], "rpm", 3.25);
-
-  // Module tools write names in UTF-8; the scanner keeps the bytes.
-  settings = parse_param_settings("[{\"name_param\": \"\xd1\x81\xd0\xba\", \"value\": 5}]");
-  ASSERT_EQ(settings.size(), 1u);
-  expectSetting(settings[0], "\xd1\x81\xd0\xba", 5.0);
-}
-
-TEST(ParseParamSettings, ValuesConvertAsCorrectlyRoundedDoubles) {
-  // Unlike the JSON reader, this scanner converts with the C library: 0.3 is the double
-  // nearest to 0.3, and 1e-6 is exact to the last bit.
-  auto settings = parse_param_settings(
-      R"([{"name_param": "a", "value": 0.3},{"name_param": "b", "value": 1e-6}])");
-  ASSERT_EQ(settings.size(), 2u);
-  EXPECT_EQ(settings[0].value, 0x1.3333333333333p-2);
-  EXPECT_EQ(settings[1].value, 1e-6);
-
-  // Leading blanks are skipped and what follows the number is ignored.
-  settings = parse_param_settings(
-      R"([{"name_param": "a", "value":    2.5},{"name_param": "b", "value": 7 },)"
-      R"({"name_param": "c", "value": 1.5abc}])");
-  ASSERT_EQ(settings.size(), 3u);
-  EXPECT_EQ(settings[0].value, 2.5);
-  EXPECT_EQ(settings[1].value, 7.0);
-  EXPECT_EQ(settings[2].value, 1.5);
-}
-
-TEST(ParseParamSettings, ValueWithoutBlankLosesFirstDigit) {
-  // The scanner skips one character after the colon, whatever it is.
-  auto settings =
-      parse_param_settings(R"([{"name_param": "a", "value":15},{"name_param": "b", "value":1.5}])");
-  ASSERT_EQ(settings.size(), 2u);
-  EXPECT_EQ(settings[0].value, 5.0);
-  EXPECT_EQ(settings[1].value, 0.5);
-  // A name without the blank loses its first letter and keeps the closing quote's place.
-  settings = parse_param_settings(R"([{"name_param":"abc", "value": 1}])");
-  ASSERT_EQ(settings.size(), 1u);
-  EXPECT_EQ(settings[0].name, "bc");
-}
-
-TEST(ParseParamSettings, OddButAcceptedTexts) {
-  // A comma inside the name cuts it, one character short of the comma.
-  auto settings = parse_param_settings(R"([{"name_param": "ab,c", "value": 1}])");
-  ASSERT_EQ(settings.size(), 1u);
-  EXPECT_EQ(settings[0].name, "a");
-  // An empty value reads as 0.0; a missing name stays empty and the setting is kept.
-  settings = parse_param_settings(R"([{"value": , "name_param": "a"},{"value": 4}])");
-  ASSERT_EQ(settings.size(), 2u);
-  expectSetting(settings[0], "a", 0.0);
-  expectSetting(settings[1], "", 4.0);
-  // null must meet the brace or comma at once to mean 0.0.
-  settings = parse_param_settings(R"([{"value": null, "name_param": "a"}])");
-  ASSERT_EQ(settings.size(), 1u);
-  EXPECT_EQ(settings[0].value, 0.0);
-}
-
-TEST(ParseParamSettings, TooShortOrEmptyGivesNoSettings) {
-  for (const char* text : {"", "[", "x", "[]", "{}"}) {
-    SCOPED_TRACE(text);
-    EXPECT_TRUE(parse_param_settings(text).empty());
+// "name=value/sub_1_packet;" per setting, values with all the digits of a double, or the kind
+// of the exception.
+std::string settings(const std::string& text) {
+  try {
+    std::ostringstream out;
+    out.precision(17);
+    for (const param_setting& s : parse_param_settings(text)) {
+      out << s.name << "=" << s.value << "/" << s.sub_1_packet << ";";
+    }
+    return out.str();
+  } catch (const std::invalid_argument&) {
+    return "invalid";
+  } catch (const std::out_of_range&) {
+    return "range";
   }
 }
 
-TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
-  // No value key: the text from the object's second character is no number.
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a"}])"), std::invalid_argument);
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": abc}])"),
-               std::invalid_argument);
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": null }])"),
-               std::invalid_argument);
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e999}])"), std::out_of_range);
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1e-310}])"),
-               std::out_of_range);
-  // More than one character after the last "}": no further "{" is found.
-  EXPECT_THROW(parse_param_settings("[{\"name_param\": \"a\", \"value\": 1}]\n"),
-               std::out_of_range);
-  EXPECT_THROW(parse_param_settings(R"([{"name_param": "a", "value": 1} ])"), std::out_of_range);
-  EXPECT_THROW(parse_param_settings("[ ]"), std::out_of_range);
-  // A bare object: the "{" at position 0 is never taken.
-  EXPECT_THROW(parse_param_settings(R"({"name_param": "a", "value": 1})"), std::out_of_range);
-  // A colon at the very end of an object leaves nothing to start from.
-  EXPECT_THROW(parse_param_settings(R"([{"name_param":}])"), std::out_of_range);
+// What a reader printed on standard output.
+template <typename F> std::string printed(F reader) {
+  testing::internal::CaptureStdout();
+  reader();
+  return testing::internal::GetCapturedStdout();
 }
 
-// ---- json_parse_settings_raw: fu_raw.settings and TU_ERROR in JSON form ----
-
-TEST(JsonParseSettingsRaw, ReadsNamesAndNumbers) {
-  testing::internal::CaptureStdout();
-  auto values = json_parse_settings_raw(
-      R"([{"name_param": "k_gain", "value": 0.3, "unit": "g"},)"
-      R"( {"name_param": "rate", "value": 25.6e3},)"
-      R"( {"name_param": "rate2", "value": "25"},)"
-      R"( {"name_param": "", "value": 1},)"
-      R"( {"name_param": 7, "value": 1},)"
-      R"( {"value": 2},)"
-      R"( {"name_param": "dup", "value": 1}, {"name_param": "dup", "value": -2},)"
-      R"( {"name_param": "dup", "value": null}, 5, "x", [1]])"
-      "\n");
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(values.size(), 3u);
-  // Numbers follow the digit-by-digit rule: 3 * 0.1 lands one bit above 0.3.
-  EXPECT_EQ(values["k_gain"], 0x1.3333333333334p-2);
-  // (25 + 6 * 0.1) * 10 * 10 * 10
-  EXPECT_EQ(values["rate"], 25600.0);
-  EXPECT_EQ(values["dup"], -2.0);
-  EXPECT_EQ(values.count("rate2"), 0u);
+// The positional scanner of PARAM_SETTINGS: one blank after each colon, the last key running to
+// the end of its object, values converted correctly rounded by the C library.
+TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
+  const std::pair<const char*, const char*> cases[] = {
+      {R"([{"name_param": "ku_vx", "value": 1.5},{"name_param": "g_del", "value": null}])",
+       "ku_vx=1.5/;g_del=0/;"},
+      {R"([{"name_param": "f", "sub_1_packet": "A", "value": -2.5e-3}, {"name_param": "g", )"
+       R"("value": 3, "sub_1_packet": "B"}])",
+       "f=-0.0025000000000000001/A;g=3/B;"},
+      {R"([{"value": 3.25, "name_param": "rpm"}])", "rpm=3.25/;"},
+      {"[{\"name_param\": \"\xd1\x81\", \"value\": 5}]", "\xd1\x81=5/;"},
+      {R"([{"name_param": "a", "value": 0.3},{"name_param": "b", "value": 1e-6}])",
+       "a=0.29999999999999999/;b=9.9999999999999995e-07/;"},
+      {R"([{"name_param": "a", "value":    2.5},{"name_param": "b", "value": 7 },)"
+       R"({"name_param": "c", "value": 1.5abc}])",
+       "a=2.5/;b=7/;c=1.5/;"},
+      // Without the blank after the colon the first character is lost.
+      {R"([{"name_param": "a", "value":15},{"name_param":"abc", "value":1.5}])", "a=5/;bc=0.5/;"},
+      {R"([{"name_param": "ab,c", "value": 1}])", "a=1/;"},
+      {R"([{"value": , "name_param": "a"},{"value": 4}])", "a=0/;=4/;"},
+      {R"([{"value": null, "name_param": "a"}])", "a=0/;"},
+      {"", ""},
+      {"[", ""},
+      {"x", ""},
+      {"[]", ""},
+      {"{}", ""},
+      {R"([{"name_param": "a"}])", "invalid"},
+      {R"([{"name_param": "a", "value": abc}])", "invalid"},
+      {R"([{"name_param": "a", "value": null }])", "invalid"},
+      {R"([{"name_param": "a", "value": 1e999}])", "range"},
+      {R"([{"name_param": "a", "value": 1e-310}])", "range"},
+      {"[{\"name_param\": \"a\", \"value\": 1}]\n", "range"},
+      {R"([{"name_param": "a", "value": 1} ])", "range"},
+      {"[ ]", "range"},
+      {R"({"name_param": "a", "value": 1})", "range"},
+      {R"([{"name_param":}])", "range"}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(settings(text), expected) << text;
+  }
 }
 
 TEST(JsonParseSettingsRaw, UnreadableTextReportsAndGivesNothing) {
-  const char* texts[] = {"", "[{\"name_param\": \"a\", \"value\": 1},]", "not json",
-                         "[{\"name_param\": \"\xd1\x81\", \"value\": 1}]"};
-  for (const char* text : texts) {
-    SCOPED_TRACE(text);
-    testing::internal::CaptureStdout();
-    EXPECT_TRUE(json_parse_settings_raw(text).empty());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed to parse settings raw\n");
-  }
-  // Valid JSON of another shape is empty, without a word.
-  for (const char* text : {"{\"name_param\": \"a\", \"value\": 1}", "3", "null", "[]"}) {
-    SCOPED_TRACE(text);
-    testing::internal::CaptureStdout();
-    EXPECT_TRUE(json_parse_settings_raw(text).empty());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  std::map<std::string, double> values;
+  EXPECT_EQ(
+      printed([&] {
+        values = json_parse_settings_raw(
+            R"([{"name_param": "k_gain", "value": 0.3, "unit": "g"},)"
+            R"( {"name_param": "rate", "value": 25.6e3}, {"name_param": "r2", "value": "25"},)"
+            R"( {"name_param": "", "value": 1}, {"name_param": 7, "value": 1}, {"value": 2},)"
+            R"( {"name_param": "dup", "value": 1}, {"name_param": "dup", "value": -2},)"
+            R"( {"name_param": "dup", "value": null}, 5, "x", [1]])");
+      }),
+      "");
+  // Numbers by the digit-by-digit rule: 3 * 0.1 lands one bit above 0.3.
+  EXPECT_EQ(values, (std::map<std::string, double>{
+                        {"dup", -2.0}, {"k_gain", 0x1.3333333333334p-2}, {"rate", 25600.0}}));
+  // Valid JSON of another shape is empty without a word.
+  const char* const failure = "failed to parse settings raw\n";
+  const std::pair<const char*, const char*> others[] = {
+      {"", failure},
+      {"[{\"name_param\": \"a\", \"value\": 1},]", failure},
+      {"not json", failure},
+      {"[{\"name_param\": \"\xd1\x81\", \"value\": 1}]", failure},
+      {"{\"name_param\": 1}", ""},
+      {"3", ""},
+      {"null", ""},
+      {"[]", ""}};
+  for (const auto& [text, report] : others) {
+    EXPECT_EQ(printed([&] { values = json_parse_settings_raw(text); }), report) << text;
+    EXPECT_TRUE(values.empty()) << text;
   }
 }
 
-// ---- json_parse_message_settings: VISUALIZATION.MESSAGE_SETTINGS ----
-
 TEST(JsonParseMessageSettings, ReadsTheSituationsCodes) {
   const std::string text =
-      R"({"rulActive": [{"codeMessage": "3001", "recommendations": [9]}],)"
-      R"( "corridorActive": [)"
-      R"(  {"codeMessage": "1001", "recommendations": [1, 2.9, -3.7, "4", null, 5e9, 1e999, 6]},)"
-      R"(  {"codeMessage": "1002"},)"
-      R"(  {"codeMessage": "1003", "recommendations": 7},)"
-      R"(  {"codeMessage": 1004, "recommendations": [1]},)"
-      R"(  {"recommendations": [1]}, 12, "1005",)"
-      R"(  {"codeMessage": "1006", "recommendations": [1]},)"
-      R"(  {"codeMessage": "1006", "recommendations": [2, 3]}]})";
-  testing::internal::CaptureStdout();
-  auto codes = json_parse_message_settings(text, "corridorActive");
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  const std::map<std::string, std::vector<int>> expected = {
-      {"1001", {1, 2, -3, 6}}, {"1002", {}}, {"1003", {}}, {"1006", {2, 3}}};
-  EXPECT_EQ(codes, expected);
-
-  EXPECT_EQ(json_parse_message_settings(text, "rulActive"),
-            (std::map<std::string, std::vector<int>>{{"3001", {9}}}));
-  // Situations are matched exactly.
+      R"({"rulActive": [{"codeMessage": "3001", "recommendations": [9]}], "corridorActive": [)"
+      R"( {"codeMessage": "1001", "recommendations": [1, 2.9, -3.7, "4", null, 5e9, 1e999, 6]},)"
+      R"( {"codeMessage": "1002"}, {"codeMessage": "1003", "recommendations": 7},)"
+      R"( {"codeMessage": 1004, "recommendations": [1]}, {"recommendations": [1]}, 12, "1005",)"
+      R"( {"codeMessage": "1006", "recommendations": [1]},)"
+      R"( {"codeMessage": "1006", "recommendations": [2, 3]}]})";
+  using Codes = std::map<std::string, std::vector<int>>;
+  Codes codes;
+  EXPECT_EQ(printed([&] { codes = json_parse_message_settings(text, "corridorActive"); }), "");
+  EXPECT_EQ(codes, (Codes{{"1001", {1, 2, -3, 6}}, {"1002", {}}, {"1003", {}}, {"1006", {2, 3}}}));
+  EXPECT_EQ(json_parse_message_settings(text, "rulActive"), (Codes{{"3001", {9}}}));
   EXPECT_TRUE(json_parse_message_settings(text, "CorridorActive").empty());
   EXPECT_TRUE(
       json_parse_message_settings(R"({"rulActive": {"codeMessage": "1"}})", "rulActive").empty());
   EXPECT_TRUE(json_parse_message_settings("[1, 2]", "rulActive").empty());
-}
-
-TEST(JsonParseMessageSettings, UnreadableTextReportsAndGivesNothing) {
-  for (const char* text : {"", "{\"rulActive\": [}", "{\"r\xc3\xbcl\": []}"}) {
-    SCOPED_TRACE(text);
-    testing::internal::CaptureStdout();
-    EXPECT_TRUE(json_parse_message_settings(text, "rulActive").empty());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed to parse message settings\n");
+  for (const char* bad : {"", "{\"rulActive\": [}", "{\"r\xc3\xbcl\": []}"}) {
+    EXPECT_EQ(printed([&] { codes = json_parse_message_settings(bad, "rulActive"); }),
+              "failed to parse message settings\n");
+    EXPECT_TRUE(codes.empty());
   }
 }
-
-// ---- json_parse_vek_settings: VEK_CALCULATION.settings ----
 
 TEST(JsonParseVekSettings, SortsKeysByTheirJsonType) {
-  Numbers numbers;
-  Texts texts;
-  Flags flags;
-  testing::internal::CaptureStdout();
-  json_parse_vek_settings(R"({"source": [101, 102.9, -7.9, "x", null, 1e999], "calc_source": 2,)"
-                          R"( "remainder": 1, "middle": 10.99, "analyze_module": 1200,)"
-                          R"( "control_task": 300, "kafka_client_id": 3, "kafka_topic": "vek",)"
-                          R"( "log": TRUE, "kafka_enable": false, "extra": {"a": 1},)"
-                          R"( "nothing": null, "empty": [], "huge": 1e300})",
-                          numbers, texts, flags);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  const Numbers expected_numbers = {{"source", {101, 102, -7}}, {"calc_source", {2}},
-                                    {"remainder", {1}},         {"middle", {10}},
-                                    {"analyze_module", {1200}}, {"control_task", {300}},
-                                    {"kafka_client_id", {3}},   {"empty", {}}};
-  EXPECT_EQ(numbers, expected_numbers);
-  EXPECT_EQ(texts, (Texts{{"kafka_topic", "vek"}}));
-  EXPECT_EQ(flags, (Flags{{"log", true}, {"kafka_enable", false}}));
-}
-
-TEST(JsonParseVekSettings, LaterDocumentsReplaceOnlyTheirKeys) {
-  Numbers numbers = {{"calc_source", {1}}, {"source", {5}}};
+  Numbers numbers = {{"kept", {5}}, {"source", {5}}, {"calc_source", {1}}};
   Texts texts = {{"kafka_topic", "old"}};
-  Flags flags = {{"log", true}};
-  json_parse_vek_settings(R"({"calc_source": -3, "log": false, "source": 42})", numbers, texts,
-                          flags);
-  EXPECT_EQ(numbers, (Numbers{{"calc_source", {-3}}, {"source", {42}}}));
-  EXPECT_EQ(texts, (Texts{{"kafka_topic", "old"}}));
-  EXPECT_EQ(flags, (Flags{{"log", false}}));
+  Flags flags = {{"log", false}};
   // A number beyond long is ignored like null: the earlier value stays. Read digit by digit,
   // 9223372036854775808 lands above 2^63 and is beyond as well.
-  json_parse_vek_settings(
-      R"({"calc_source": 1e19, "source": -1e19, "remainder": 9223372036854775807,)"
-      R"( "analyze_module": -9223372036854775808, "middle": -1e18})",
-      numbers, texts, flags);
-  EXPECT_EQ(
-      numbers,
-      (Numbers{{"calc_source", {-3}}, {"source", {42}}, {"middle", {-1000000000000000000L}}}));
+  EXPECT_EQ(printed([&] {
+              json_parse_vek_settings(
+                  R"({"source": [101, 102.9, -7.9, "x", null, 1e999, -1e19], "remainder": 1,)"
+                  R"( "middle": -10.99, "kafka_topic": "vek", "log": TRUE, "kafka_enable": false,)"
+                  R"( "extra": {"a": 1}, "calc_source": 1e19, "nothing": null, "empty": [],)"
+                  R"( "top": 9223372036854775807, "low": -9223372036854775808, "big": -1e18})",
+                  numbers, texts, flags);
+            }),
+            "");
+  EXPECT_EQ(numbers, (Numbers{{"big", {-1000000000000000000L}},
+                              {"calc_source", {1}},
+                              {"empty", {}},
+                              {"kept", {5}},
+                              {"middle", {-10}},
+                              {"remainder", {1}},
+                              {"source", {101, 102, -7}}}));
+  EXPECT_EQ(texts, (Texts{{"kafka_topic", "vek"}}));
+  EXPECT_EQ(flags, (Flags{{"kafka_enable", false}, {"log", true}}));
+  for (const char* bad :
+       {"", "[1]", "\"text\"", "42", "null", "{\"log\": tru}", "{\"kafka_topic\": \"\xd0\xb2\"}"}) {
+    EXPECT_EQ(printed([&] { json_parse_vek_settings(bad, numbers, texts, flags); }),
+              "failed to parse vek settings\n")
+        << bad;
+  }
+  EXPECT_EQ(numbers.size() + texts.size() + flags.size(), 10u) << "the maps stay untouched";
 }
 
-TEST(JsonParseVekSettings, UnreadableOrNonObjectLeavesTheMaps) {
-  for (const char* text :
-       {"", "[1]", "\"text\"", "42", "null", "{\"log\": tru}", "{\"kafka_topic\": \"\xd0\xb2\"}"}) {
-    SCOPED_TRACE(text);
-    Numbers numbers = {{"middle", {5}}};
-    Texts texts = {{"kafka_topic", "t"}};
-    Flags flags = {{"log", true}};
-    testing::internal::CaptureStdout();
-    json_parse_vek_settings(text, numbers, texts, flags);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed to parse vek settings\n");
-    EXPECT_EQ(numbers, (Numbers{{"middle", {5}}}));
-    EXPECT_EQ(texts, (Texts{{"kafka_topic", "t"}}));
-    EXPECT_EQ(flags, (Flags{{"log", true}}));
-  }
+std::uint32_t bitsOf(float value) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+TEST(SharedRecords, ModuleDataStartsAtZero) {
+  // Readers leave fields alone where a column is NULL, so the defaults are what they keep.
+  const result_param p;
+  EXPECT_EQ(std::to_string(bitsOf(p.value)) + std::to_string(bitsOf(p.middle)) +
+                std::to_string(bitsOf(p.trend)) + std::to_string(bitsOf(p.monotone)),
+            "2143289344214328934421432893442143289344")
+      << "the quiet NaN, four times";
+  EXPECT_EQ(p.visualization_id, 0);
+  EXPECT_TRUE(channel().active && calc_result().has_raw_data);
+  EXPECT_EQ(visualization().type_corridor, 1);
+  // The store always sets the module's keys; a record made elsewhere holds no indeterminate one.
+  const auto* m = new module_data;
+  EXPECT_EQ(std::to_string(m->id) + std::to_string(m->source) + std::to_string(m->type_module) +
+                std::to_string(m->gateway_id) + std::to_string(m->broadcasting_period) +
+                std::to_string(m->data_in_utc_0),
+            "000000");
+  delete m;
 }
 
 } // namespace

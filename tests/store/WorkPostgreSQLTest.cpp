@@ -1,265 +1,768 @@
-// The generic queries, the read of one measurement row and the connection of WorkPostgreSQL,
-// against the throwaway PostgreSQL.
+// WorkPostgreSQL against the throwaway PostgreSQL. Records read by the store and rows written by
+// it are compared whole, as text, so that one expectation checks every column and its place.
 #include <cerrno>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
+#include <clocale>
+#include <cmath>
 #include <cstring>
-#include <memory>
-#include <pqxx/pqxx>
-#include <string>
+#include <limits>
+#include <locale>
+#include <map>
+#include <sstream>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
-#include <vector>
 
+#include "store/sql_quote.h"
 #include "support/StoreTest.h"
 
 namespace {
 
-using vek_test::StoreTest;
+const float kNaN = std::numeric_limits<float>::quiet_NaN();
 
-int countOf(const std::string& text, const std::string& piece) {
-  int n = 0;
-  for (auto at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) {
-    ++n;
+// Fields joined by "|", numbers with all the digits of a double.
+template <typename... T> std::string cat(const T&... fields) {
+  std::ostringstream out;
+  out.precision(17);
+  const char* separator = "";
+  ((out << separator << fields, separator = "|"), ...);
+  return out.str();
+}
+
+// The fields of the records that the reads fill, in the order of their statements.
+template <typename T> std::string fields(const T& value) {
+  return cat(value);
+}
+std::string fields(const param_info& p) {
+  return cat(p.id, p.source, p.type_mod, p.type_param, p.receipt_date, p.tu_error, p.param_settings,
+             p.module_config, p.kind);
+}
+std::string fields(const raw& r) {
+  return cat(r.param_type_id, r.c_type, r.sub_channel, r.data, r.settings);
+}
+std::string fields(const module_data& m) {
+  return cat(m.id, m.source, m.type_module, m.gateway_id, m.broadcasting_period, m.utc_value,
+             m.organization_alias, m.connection_status, m.data_in_utc_0);
+}
+std::string fields(const gateway& g) {
+  return cat(g.id, g.node_id, g.sync_time, g.organization_alias, g.utc_value,
+             g.connection_status_control, g.connection_status);
+}
+std::string fields(const module_param& p) {
+  return cat(p.name, p.value, p.type_module, p.type_param, p.module_revision, p.type_settings,
+             p.sub_1_packet);
+}
+std::string fields(const channel& c) {
+  return cat(c.id, c.control_point_id, c.raw_param, c.axis_order, c.active);
+}
+std::string fields(const visualization& v) {
+  return cat(v.id, v.source, v.name_param, v.green, v.yellow, v.orange, v.kz, v.active, v.middle,
+             v.trend, v.channel_id, v.control_point_id, v.latest_middle_value, v.latest_raw_value,
+             v.rul_active, v.type_corridor, v.corridor_zero, v.corridor_active, v.type_param,
+             v.message_settings, v.rul_data, v.value_at);
+}
+
+// Items joined by ",", sorted where the server gives them in no particular order.
+template <typename T> std::string list(const std::vector<T>& items, bool sorted = false) {
+  std::vector<std::string> texts;
+  for (const T& item : items) {
+    texts.push_back(fields(item));
   }
-  return n;
+  if (sorted) {
+    std::sort(texts.begin(), texts.end());
+  }
+  std::string all;
+  for (const std::string& text : texts) {
+    all += (all.empty() ? "" : ",") + text;
+  }
+  return all;
 }
 
-class WorkPostgreSQLQueries : public StoreTest {};
+// Every test starts from this plant: module 42 bound to point 20 of machine 30 of "plant",
+// module 43 to point 22 of machine 31 of "bare", which has no offset, module 44 bound but
+// inactive, 45 and 46 with configurations that carry no word; two gateways; the visualizations
+// of module 42; messages and recommendations.
+const char* const kPlant =
+    "INSERT INTO organization_object VALUES ('plant', 'UTC+3:00', 1), ('yard', 'GMT-2:30', NULL),"
+    "('bare', NULL, 2), ('O''Neil', NULL, 0);"
+    "INSERT INTO observed_node VALUES (4, 'plant'), (5, 'yard'), (6, 'bare');"
+    "INSERT INTO gateway VALUES (3, 4, '2023-07-04 09:05:01', 1, 2), (6, 5, NULL, 2, NULL);"
+    "INSERT INTO aggregate VALUES (30, 4, 2, 3, 1, 90, '2023-01-02 03:04:05', 'Pump');"
+    "INSERT INTO aggregate VALUES (31, 6);"
+    "INSERT INTO control_point VALUES (20, 30, 0.5, 2.5), (21, 30, NULL, NULL), (22, 31, 1, 1);"
+    "INSERT INTO channel VALUES (10, 42, 'AB', 'XYZ'), (11, 42, NULL, NULL), (12, 43, '', ''),"
+    "(13, 44, '', '');"
+    "INSERT INTO channel_contol_point VALUES (10, 20, true), (10, 21, NULL), (12, 22, true),"
+    "(13, 22, false);"
+    "INSERT INTO module VALUES (7, 42, 10, 15, 3, '0x1F', true, 2, 4, false),"
+    "(8, 43, 11, NULL, 3, '0x', false, NULL, NULL, NULL), (9, 44, 12, 5, NULL, NULL, NULL, NULL,"
+    "0, true), (10, 45, 13, NULL, NULL, '7', NULL, NULL, NULL, NULL),"
+    "(11, 46, 14, NULL, NULL, '0xZZ', false, 4, NULL, NULL);"
+    "INSERT INTO module_param VALUES ('gain', 2.5, 10, 3, 1, 4, 'A'),"
+    "('offset', NULL, 10, 5, 1, NULL, NULL), ('other', 1, 10, 3, 2, 0, '');"
+    "INSERT INTO observed_param VALUES ('SKZ', 2), ('TEMP', NULL);"
+    "INSERT INTO visualization VALUES (101, 42, 'SKZ', 1.5, 2.5, 4.5, 0.25, true, false, true,"
+    "true, true, 10, 20, 1, 3, 0.1, 3.5, NULL, NULL, '{}', '\\x0102', '2023-07-04 09:05:01.5');"
+    "INSERT INTO visualization (id, source, name_param, type_param) VALUES (5, 42, 'SKZ', 1),"
+    "(6, 42, 'TEMP', 2), (103, 43, 'SKZ', 1);"
+    "INSERT INTO list_of_messages VALUES ('27', true), ('13', true), ('12', false), ('x''1', true);"
+    "INSERT INTO recommendation VALUES (70, '27', 2, true), (80, '13', 4, true),"
+    "(81, '13', 2, true), (82, '13', 4, false), (83, '14', NULL, true), (84, 'x''1', 4, true)";
 
-TEST_F(WorkPostgreSQLQueries, GetValueIntKeepsLastReadableFieldAndReadsNoNumberAsZero) {
-  // The loop's resume point is a MAX over MATH_HISTORY, empty on a first start.
-  EXPECT_EQ(store().getValueInt("SELECT MAX(param_info_id) FROM math_history"), 0);
-  EXPECT_EQ(store().getValueInt("SELECT 'abc'"), 0);
-  EXPECT_EQ(store().getValueInt("SELECT '12.5'"), 12);
-  EXPECT_EQ(store().getValueInt("SELECT -7"), -7);
-  EXPECT_EQ(store().getValueInt("SELECT x FROM (VALUES (1), (2), (3)) v(x)"), 3);
-  EXPECT_EQ(store().getValueInt("SELECT 4, 5"), 5) << "the last field of a row wins";
-  EXPECT_EQ(store().getValueInt("SELECT x FROM (VALUES (7), (NULL)) v(x)"), 7)
-      << "a NULL leaves the value in hand";
-  EXPECT_EQ(store().getValueInt("SELECT NULL::integer"), 0);
-  EXPECT_EQ(store().getValueInt("SELECT 1 WHERE false"), 0);
-  EXPECT_EQ(store().getValueInt("SELECT 9, 'abc'"), 0) << "a field that is no number gives 0";
-}
+// The visualizations of module 42 as readVisualization gives them.
+const std::string kShown = "0|0||0|0|0|0|0|0|0|0|0|0|0|0|1|0|0|0|||,101|42|SKZ|1.5|2.5|4.5|0.25|1|"
+                           "0|1|10|20|3.5|0.10000000000000001|1|2|3|1|1|{}|\\x0102|2023-07-04 "
+                           "09:05:01.5,5|42|SKZ|0|0|0|0|0|0|0|0|0|0|0|0|2|0|0|1|||,6|42|TEMP|0|0|"
+                           "0|0|0|0|0|0|0|0|0|0|1|0|0|2|||";
 
-TEST_F(WorkPostgreSQLQueries, UnreadRestOfAFieldStaysInFrontOfTheNextOne) {
-  // "12.5" read as an int leaves ".5" in the operation's stream; the next field is appended to
-  // it and ".57" is no int.
-  EXPECT_EQ(store().getValueInt("SELECT '12.5', '7'"), 0);
-  std::vector<std::vector<int>> rows;
-  store().getValue("SELECT '3.5', '4' UNION ALL SELECT '8', '9'", rows);
-  ASSERT_EQ(rows.size(), 2u);
-  EXPECT_EQ(rows[0], (std::vector<int>{3, 0}));
-  EXPECT_EQ(rows[1], (std::vector<int>{0, 0}));
-}
-
-TEST_F(WorkPostgreSQLQueries, GetValueStringTakesFirstColumnOfLastRow) {
-  EXPECT_EQ(store().getValueString("SELECT x, 'other' FROM (VALUES ('a'), ('b'), ('c')) v(x)"),
-            "c");
-  EXPECT_EQ(store().getValueString("SELECT NULL::text"), "");
-  EXPECT_EQ(store().getValueString("SELECT x FROM (VALUES ('a'), (NULL)) v(x)"), "")
-      << "the last row wins even when it is NULL";
-  EXPECT_EQ(store().getValueString("SELECT 'a' WHERE false"), "");
-  EXPECT_EQ(store().getValueString("SELECT TO_TIMESTAMP('2023-7-4 9:5:1.25', "
-                                   "'yyyy-mm-dd hh24:mi:ss.ff6')::timestamp"),
-            "2023-07-04 09:05:01.25");
-}
-
-TEST_F(WorkPostgreSQLQueries, GetValueAppendsRowsWithNullAsZeroOrEmpty) {
-  std::vector<std::vector<int>> numbers{{99}};
-  store().getValue("SELECT 1, NULL::integer, 3 UNION ALL SELECT 4, 5, NULL", numbers);
-  ASSERT_EQ(numbers.size(), 3u) << "the output is appended to, not cleared";
-  EXPECT_EQ(numbers[0], (std::vector<int>{99}));
-  EXPECT_EQ(numbers[1], (std::vector<int>{1, 0, 3}));
-  EXPECT_EQ(numbers[2], (std::vector<int>{4, 5, 0}));
-
-  std::vector<std::string> texts{"kept"};
-  store().getValue("SELECT x, 'second column' FROM (VALUES ('a'), (NULL), ('O''Brien')) v(x)",
-                   texts);
-  EXPECT_EQ(texts, (std::vector<std::string>{"kept", "a", "", "O'Brien"}));
-
-  texts.clear();
-  store().getValue("SELECT 'a' WHERE false", texts);
-  EXPECT_TRUE(texts.empty());
-}
-
-TEST_F(WorkPostgreSQLQueries, ReadDataTableAppendsDoublesWithNullAsZero) {
-  std::vector<std::vector<double>> table{{-1.0}};
-  store().readDataTable("SELECT 1.5::float8, NULL::float8, 3 UNION ALL "
-                        "SELECT -2.25, 1e-3, 1.0000000000000002",
-                        table);
-  ASSERT_EQ(table.size(), 3u);
-  EXPECT_EQ(table[0], (std::vector<double>{-1.0}));
-  EXPECT_EQ(table[1], (std::vector<double>{1.5, 0.0, 3.0}));
-  EXPECT_EQ(table[2], (std::vector<double>{-2.25, 1e-3, 1.0000000000000002}));
-}
-
-TEST_F(WorkPostgreSQLQueries, WriteDataCommitsAndARejectedStatementLeavesNothing) {
-  store().writeData("INSERT INTO param_info (id, source) VALUES (1, 42)");
-  // Committed: the other session sees it at once.
-  EXPECT_EQ(scalar("SELECT source FROM param_info WHERE id = 1"), "42");
-
-  // One text with two statements runs in one transaction; the second fails, so the first is
-  // rolled back with it.
-  EXPECT_THROW(store().writeData("INSERT INTO param_info (id) VALUES (2); "
-                                 "INSERT INTO no_such_table VALUES (1)"),
-               pqxx::sql_error);
-  EXPECT_EQ(scalar("SELECT COUNT(*) FROM param_info WHERE id = 2"), "0");
-
-  // A duplicate key, the classic rejection: the session stays usable for the next statement.
-  EXPECT_THROW(store().writeData("INSERT INTO param_info (id) VALUES (1)"), pqxx::sql_error);
-  EXPECT_EQ(store().getValueInt("SELECT COUNT(*) FROM param_info"), 1);
-
-  // Reads commit too: a read that writes (nextval) keeps its effect.
-  EXPECT_EQ(store().getValueInt("SELECT nextval('id_seq_rec')"), 1);
-  EXPECT_EQ(scalar("SELECT last_value FROM id_seq_rec"), "1");
-}
-
-class WorkPostgreSQLReadParamInfo : public StoreTest {};
-
-TEST_F(WorkPostgreSQLReadParamInfo, ExistingRowFillsEveryFieldAndAGapLeavesDefaults) {
-  exec("INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error, "
-       "param_settings, module_config, kind) VALUES (5, 9007199254740993, 10, 3, "
-       "'2023-07-04 09:05:01.123456', 'TEMP=21;RSSI=-70', '[{\"name_param\":\"x\"}]', "
-       "'{\"config\":1}', 1)");
-
-  param_info info;
-  store().readParamInfo(5, info);
-  EXPECT_EQ(info.id, 5);
-  EXPECT_EQ(info.source, 9007199254740993L);
-  EXPECT_EQ(info.type_mod, 10);
-  EXPECT_EQ(info.type_param, 3);
-  EXPECT_EQ(info.receipt_date, "2023-07-04 09:05:01.123456");
-  EXPECT_EQ(info.tu_error, "TEMP=21;RSSI=-70");
-  EXPECT_EQ(info.param_settings, "[{\"name_param\":\"x\"}]");
-  EXPECT_EQ(info.module_config, "{\"config\":1}");
-  EXPECT_EQ(info.kind, 1);
-  EXPECT_TRUE(info.settings.empty()) << "the settings are parsed by the loop, not the store";
-
-  param_info gap;
-  store().readParamInfo(6, gap);
-  EXPECT_EQ(gap.id, 0) << "id 0 is how the loop sees a gap";
-  EXPECT_EQ(gap.source, 0);
-  EXPECT_EQ(gap.type_mod, 0);
-  EXPECT_EQ(gap.receipt_date, "");
-  EXPECT_EQ(gap.kind, 0);
-
-  // One file-only line per read, after the line of the connection.
-  const std::string lines = "reading data: ID = 5\nreading data: ID = 6\n";
-  const std::string log_text = logText();
-  ASSERT_GE(log_text.size(), lines.size()) << log_text;
-  EXPECT_EQ(log_text.substr(log_text.size() - lines.size()), lines);
-}
-
-TEST_F(WorkPostgreSQLReadParamInfo, NullColumnsLeaveNumbersAsTheyWereAndGiveEmptyTexts) {
-  exec("INSERT INTO param_info (id) VALUES (8)");
-  param_info info;
-  info.kind = 7;
-  info.tu_error = "stale";
-  store().readParamInfo(8, info);
-  EXPECT_EQ(info.id, 8);
-  EXPECT_EQ(info.kind, 7);
-  EXPECT_EQ(info.source, 0);
-  EXPECT_EQ(info.tu_error, "");
-  EXPECT_EQ(info.receipt_date, "");
-}
-
-class WorkPostgreSQLConnection : public StoreTest {
+class Store : public vek_test::StoreTest {
 protected:
-  // The sessions open on the suite's database apart from the test's own, once the count has
-  // settled at expected or five seconds have passed: a backend leaves a moment after its client.
-  int otherSessions(int expected) {
-    int count = -1;
-    for (int attempt = 0; attempt < 100; ++attempt) {
-      count = std::stoi(scalar("SELECT COUNT(*) FROM pg_stat_activity WHERE datname = '" +
-                               database().name() + "' AND pid <> pg_backend_pid()"));
-      if (count == expected) {
-        break;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return count;
+  void SetUp() override {
+    StoreTest::SetUp();
+    connected = logText().size();
+    exec(kPlant);
   }
+  // What the operations logged after the store's line about its connection.
+  std::string opLog() const { return logText().substr(connected); }
+  // Every row of the query, fields joined by "|" and NULL written NULL, each ending in "\n".
+  std::string rows(const std::string& statement) {
+    std::string text;
+    for (const auto& row : query(statement)) {
+      for (const auto& field : row) {
+        text +=
+            (field.num() == 0 ? "" : "|") + std::string(field.is_null() ? "NULL" : field.c_str());
+      }
+      text += "\n";
+    }
+    return text;
+  }
+  // The administrator ends the store's session, as a restarting server does.
+  void endSession() {
+    exec("SELECT pg_terminate_backend(" + cat(store().getValueInt("SELECT pg_backend_pid()")) +
+         ", 5000)");
+  }
+  // A result at module 42, channel 10 and point 20, timed to a fraction of a second.
+  static calc_result result(int param_info_id, std::vector<result_param> params) {
+    return {param_info_id, "2023-7-4 9:5:1.25", 42, 10, 20, 1, 0x20000000, {}, params, false};
+  }
+  static result_param param(const std::string& name, float value, int visualization_id) {
+    return {name, value, kNaN, kNaN, kNaN, visualization_id, ""};
+  }
+
+private:
+  std::size_t connected = 0;
 };
 
-TEST_F(WorkPostgreSQLConnection, ServerDownAtStartMakesTheConstructorWait) {
-  // A socket directory where no server listens: the client sees what it sees when the server
-  // is down. After a while the server's socket appears there (a link to the running one), as
-  // when the server comes up. The shared server itself is never stopped, so tests that run
-  // beside this one are not disturbed.
-  char pattern[] = "/tmp/vek-down-XXXXXX";
-  ASSERT_NE(mkdtemp(pattern), nullptr) << std::strerror(errno);
-  const std::string down_host = pattern;
-  const std::string socket = "/.s.PGSQL.5432";
-  const auto server_comes_up_after = std::chrono::milliseconds(800);
+class StoreReads : public Store {};
 
-  const std::string log_path = temporaryFile("down-log");
-  PrintLog down_log(false, true, log_path);
-  std::thread server([&] {
-    std::this_thread::sleep_for(server_comes_up_after);
-    if (symlink((database().host() + socket).c_str(), (down_host + socket).c_str()) != 0) {
-      std::perror("symlink");
-    }
-  });
-  const auto start = std::chrono::steady_clock::now();
-  auto late = std::make_unique<WorkPostgreSQL>(down_host, database().name(), database().user(), "",
-                                               &down_log, std::chrono::milliseconds(100));
-  const auto waited = std::chrono::steady_clock::now() - start;
-  server.join();
-
-  EXPECT_GE(waited, server_comes_up_after) << "the constructor returned before the server was up";
-  EXPECT_EQ(late->getValueInt("SELECT 7"), 7);
-
-  late.reset();
-  unlink((down_host + socket).c_str());
-  rmdir(down_host.c_str());
-
-  const std::string text = fileText(log_path);
-  const int pauses = countOf(text, "reconnect pause 30c\n");
-  EXPECT_GE(pauses, 2) << text;
-  // Every attempt logs libpq's reason first; the reason names the socket it tried.
-  EXPECT_GE(countOf(text, down_host + socket), pauses) << text;
-  const std::string connected = "connect to database: " + down_host + " " + database().name() +
-                                " " + database().user() + "\n";
-  ASSERT_GE(text.size(), connected.size());
-  EXPECT_EQ(text.substr(text.size() - connected.size()), connected) << text;
-  EXPECT_EQ(countOf(text, "connect to database: "), 1);
+TEST_F(StoreReads, GenericQueriesAndMeasurementRows) {
+  // Every readable field replaces the value, a NULL leaves it, a text that is no number gives
+  // 0, and what an int leaves unread (".5" of "12.5") stands in front of the next field.
+  std::string ints;
+  for (const char* statement :
+       {"SELECT MAX(param_info_id) FROM math_history", "SELECT '12.5'", "SELECT 4, -5",
+        "SELECT x FROM (VALUES (1), (3)) v(x)", "SELECT x FROM (VALUES (7), (NULL)) v(x)",
+        "SELECT 9, 'abc'", "SELECT '12.5', '7'"}) {
+    ints += cat(store().getValueInt(statement)) + ",";
+  }
+  EXPECT_EQ(ints, "0,12,-5,3,7,0,0,");
+  EXPECT_EQ(store().getValueString("SELECT x, 'y' FROM (VALUES ('a'), ('b')) v(x)") + "," +
+                store().getValueString("SELECT x FROM (VALUES ('a'), (NULL)) v(x)"),
+            "b,");
+  std::vector<std::vector<int>> numbers{{99}};
+  store().getValue("SELECT 1, NULL::integer, 3 UNION ALL SELECT 4, 5, NULL", numbers);
+  store().getValue("SELECT '3.5', '4' UNION ALL SELECT '8', '9'", numbers);
+  EXPECT_EQ(numbers, (std::vector<std::vector<int>>{{99}, {1, 0, 3}, {4, 5, 0}, {3, 0}, {0, 0}}));
+  std::vector<std::string> texts{"kept"};
+  store().getValue("SELECT x, 'y' FROM (VALUES ('a'), (NULL), ('O''Brien')) v(x)", texts);
+  EXPECT_EQ(list(texts), "kept,a,,O'Brien");
+  std::vector<std::vector<double>> table{{-1.0}};
+  store().readDataTable("SELECT 1.5::float8, NULL, 3 UNION ALL SELECT -2.25, 0.1, 1e-300", table);
+  EXPECT_EQ(table, (std::vector<std::vector<double>>{{-1.0}, {1.5, 0, 3}, {-2.25, 0.1, 1e-300}}));
+  // Each statement commits on its own; two in one text fail together.
+  store().writeData("INSERT INTO param_info VALUES (1, 42, 10, 3, '2023-07-04 10:00', 'T', '[]', "
+                    "'{}', 1), (5, 9007199254740993, 12, 1, '2023-07-04 10:45:00.5', 'a', 'b', "
+                    "'c', 2)");
+  EXPECT_THROW(
+      store().writeData("INSERT INTO param_info (id) VALUES (2); INSERT INTO x VALUES (1)"),
+      pqxx::sql_error);
+  exec("INSERT INTO param_info VALUES (2, 42, 10, 0, '2023-07-04 11:00'), (3, 42, 10, 3, "
+       "'2023-07-04 12:00'), (4, 42, 11, 2, '2023-07-04 10:30'), (6, 42, 10, 3, "
+       "'2023-07-04 09:00'), (7, 42, 10, 1, '2023-07-04 09:30');"
+       "INSERT INTO fu_raw VALUES (9, 1, 2, 'X', '0x0A0B', '{}'), (9, NULL, 3, NULL, NULL, NULL),"
+       "(10, 5, 5, '', '', '')");
+  std::vector<param_info> one(2);
+  store().readParamInfo(5, one[0]);
+  store().readParamInfo(4, one[0]);
+  store().readParamInfo(8, one[1]);
+  EXPECT_EQ(list(one), "4|42|11|2|2023-07-04 10:30:00||||2,0|0|0|0|||||0")
+      << "a NULL number stays; id 0 is how the loop sees a gap";
+  EXPECT_EQ(opLog(), "reading data: ID = 5\nreading data: ID = 4\nreading data: ID = 8\n");
+  // Strictly between the bounds, without telemetry rows, in time order; source 0 takes all.
+  std::vector<param_info> range(1);
+  store().readParamInfo(42, "2023-07-04 09:00:00", "2023-07-04 12:00:00", range);
+  store().readParamInfo(0, "2023-07-04 10:40:00", "2023-07-04 10:50:00", range);
+  EXPECT_EQ(list(range), "0|0|0|0|||||0,7|42|10|1|2023-07-04 09:30:00||||0,1|42|10|3|2023-07-04 "
+                         "10:00:00|T|[]|{}|1,4|42|11|2|2023-07-04 10:30:00||||0,5|"
+                         "9007199254740993|12|1|2023-07-04 10:45:00.5|a|b|c|2");
+  std::vector<raw> pieces(1);
+  store().readRaw(9, pieces);
+  EXPECT_EQ(list(pieces, true), "0|0|||,0|3|||,1|2|X|0x0A0B|{}");
 }
 
-TEST_F(WorkPostgreSQLConnection, LostSessionIsReportedUntilOpenConnectReconnects) {
-  const int pid = store().getValueInt("SELECT pg_backend_pid()");
-  // The administrator ends the store's session; wait until it is gone.
-  exec("SELECT pg_terminate_backend(" + std::to_string(pid) + ", 5000)");
+TEST_F(StoreReads, ModulesOfAMeasurementAndOfTheConnectivityWatch) {
+  // config|type|gateway|revision|period|multichannel|machine|offset|alias|id
+  const std::pair<long, const char*> cases[] = {
+      {42, "31|10|3|2|15|1|30|+3:00|plant|7"},
+      {43, "5|11|3|-1|-1|0|31||bare|8"},              // a bare prefix; no offset
+      {44, "5|12|-1|-1|5|1|-1|old|old|9"},            // NULLs leave; the binding is inactive
+      {45, "5|13|-1|-1|-1|1|-1|old|old|10"},          // no longer than the prefix
+      {99, "2147483648|-1|-1|-1|-1|1|-1|old|old|-1"}, // no row: the word the check rejects
+      {46, "5|14|-1|4|-1|0|-1|old|old|11"}};          // no hexadecimal word: reported
+  for (const auto& [source, expected] : cases) {
+    unsigned int config = 5;
+    int type = -1, gateway = -1, revision = -1, period = -1, aggregate = -1, id = -1;
+    bool multichannel = true;
+    std::string utc = "old", alias = "old";
+    store().readModule(source, config, type, gateway, revision, period, multichannel, aggregate,
+                       utc, alias, id);
+    EXPECT_EQ(cat(config, type, gateway, revision, period, multichannel, aggregate, utc, alias, id),
+              expected);
+  }
+  EXPECT_EQ(opLog(), "Invalid argument 'config' in the table MODULE\n");
+  std::vector<module_data> modules(9), of_gateway(1);
+  store().readModule(modules);
+  store().getModulesGateway(3, of_gateway);
+  EXPECT_EQ(list(modules, true) + "," + list(of_gateway),
+            "10|45|13|0|0|||0|1,11|46|14|0|0|||0|1,7|42|10|3|15|+3:00|plant|4|0,8|43|11|3|0|+3:00|"
+            "plant|0|1,9|44|12|0|5|||0|1,7|42|10|0|15|+3:00|plant|4|0");
+  std::vector<gateway> gateways(1);
+  store().getGateway(2, gateways);
+  store().getGateway(1, gateways);
+  EXPECT_EQ(list(gateways),
+            "0|0||||0|0,6|5||yard|-2:30|2|0,3|4|2023-07-04 09:05:01|plant|+3:00|1|2");
+  std::map<std::string, int> organizations{{"yard", 9}};
+  store().getOrganization(organizations);
+  EXPECT_EQ(organizations,
+            (std::map<std::string, int>{{"O'Neil", 0}, {"bare", 2}, {"plant", 1}, {"yard", 9}}));
+}
 
+TEST_F(StoreReads, PlantAroundAControlPointAndEquipmentTypedInByHand) {
+  std::vector<module_param> params(1);
+  store().readModuleParam(10, 1, params);
+  EXPECT_EQ(list(params, true), "gain|2.5|10|3|1|4|A,offset|0|10|5|1|0|,|0|0|0|0|0|");
+  int a[6] = {};
+  std::string trend_start, name, alias;
+  store().readAggregate(21, a[0], a[1], a[2], a[3], a[4], a[5], trend_start, name, alias);
+  EXPECT_EQ(cat(a[0], a[1], a[2], a[3], a[4], a[5], trend_start, name, alias),
+            "30|4|2|3|1|90|2023-01-02 03:04:05|Pump|plant");
+  std::map<int, float> points{{21, 7.0f}, {1, 1.0f}}, fresh;
+  store().readControlPoint(30, points);
+  store().readControlPoint(30, fresh);
+  EXPECT_EQ(points, (std::map<int, float>{{1, 1.0f}, {20, 0.5f}, {21, 7.0f}})) << "entries stay";
+  EXPECT_EQ(fresh, (std::map<int, float>{{20, 0.5f}, {21, 0.0f}}));
+  float status = -1.0f;
+  for (const int point : {20, 21, 99}) {
+    store().readStatusElement(point, status);
+  }
+  EXPECT_EQ(status, 2.5f) << "a NULL and no row leave the status";
+  std::vector<channel> channels(1);
+  std::vector<visualization> items(1);
+  store().readChannel(42, channels);
+  store().readVisualization(42, items);
+  EXPECT_EQ(list(channels, true), "0|0|||1,10|20|AB|XYZ|1,10|21|AB|XYZ|0,11|0|||0");
+  EXPECT_EQ(list(items, true), kShown);
+
+  // The nameplate is text; the reader converts it field by field and stops at a bad one.
+  exec("INSERT INTO motor VALUES (1, '55', NULL, '12', '', '3', '2'), (2, '75', 'abc', '9', "
+       "'380', '4', '1'); INSERT INTO bearing VALUES (1, 7.9375, 9, 2, 25.5, 52.25, NULL)");
+  std::string read;
+  for (const int id : {1, 2, 3}) {
+    int m[6] = {-1, -1, -1, -1, -1, -1};
+    store().readMotor(id, m[0], m[1], m[2], m[3], m[4], m[5]);
+    read += cat(m[0], m[1], m[2], m[3], m[4], m[5]) + ",";
+  }
+  double b[4] = {0.0, 0.0, 0.0, -1.0};
+  store().readBearing(1, b[0], a[0], a[1], b[1], b[2], b[3]);
+  EXPECT_EQ(read + cat(b[0], a[0], a[1], b[1], b[2], b[3]),
+            "55|-1|12|-1|3|2,75|-1|-1|-1|-1|-1,-1|-1|-1|-1|-1|-1,7.9375|9|2|25.5|52.25|-1");
+  // A lost session: both reads report and return, and the loss shows at the next operation.
+  endSession();
+  unsigned int config = 0;
+  bool multichannel = false;
+  b[0] = 1.0;
+  a[0] = 0;
+  store().readBearing(1, b[0], a[1], a[1], b[1], b[2], b[3]);
+  store().readModule(42, config, a[0], a[1], a[1], a[1], multichannel, a[1], name, alias, a[1]);
+  EXPECT_EQ(cat(b[0], a[0]), "1|0");
   EXPECT_THROW(store().getValueInt("SELECT 1"), pqxx::broken_connection);
+  const std::string log = opLog(), tail = "WHERE SOURCE=42]\n";
+  EXPECT_EQ(log.find("Invalid data in the table MOTOR\nInvalid data in the table BEARING\n"), 0u);
+  EXPECT_NE(log.find("Exception on statement:[SELECT TYPE_MODULE"), std::string::npos) << log;
+  EXPECT_EQ(log.substr(log.size() - tail.size()), tail) << log;
+}
+
+TEST_F(StoreReads, RecalculationJobsAndInstanceRecords) {
+  exec("INSERT INTO recalculation VALUES (1, 42, '2023-01-01', '2023-02-01', NULL, 1, 2, "
+       "'2023-03-01'), (2, 43, '2023-01-02', '2023-08-02', '2023-01-15 10:00', 1, 1, '2023-03-03'),"
+       "(3, NULL, '2023-01-03', '2023-02-03', NULL, 1, 1, '2023-03-02'),"
+       "(4, 44, '2023-01-04', '2023-02-04', NULL, 2, 1, '2023-03-01');"
+       "INSERT INTO param_info (id, source, type_param, receipt_date) VALUES "
+       "(1, 43, 3, '2023-07-04 09:05:01.25'), (2, 43, 3, '2023-07-04 09:06:00')");
+  std::string reached;
+  const auto job = [&] {
+    int id = -1;
+    long source = -1;
+    std::string start, stop;
+    reached = "kept";
+    store().readRecalculation(id, source, start, stop, reached);
+    return cat(id, source, start, stop, reached) + ",";
+  };
+  // The oldest waiting job that may run; one without a module covers all modules. A paused job
+  // marks the time it reached; resumed, it walks on after that mark.
+  std::string jobs = job();
+  exec("UPDATE recalculation SET state = 2 WHERE id = 3");
+  jobs += job();
+  store().writeRecalculation(2, 2, "2023-7-4 9:5:1");
+  jobs += job();
+  store().writeRecalculation(2, 1, "2023-7-4 9:5:1.25");
+  jobs += job();
+  EXPECT_EQ(jobs, "3|0|2023-01-03 00:00:00|2023-02-03 00:00:00|,2|43|2023-01-02 00:00:00|"
+                  "2023-08-02 00:00:00|2023-01-15 10:00:00,-1|-1|||kept,2|43|2023-01-02 00:00:00|"
+                  "2023-08-02 00:00:00|2023-07-04 09:05:01.25,");
+  std::vector<param_info> after;
+  store().readParamInfo(43, reached, "2023-08-02 00:00:00", after);
+  EXPECT_EQ(after.size() == 1 ? after[0].id : 0, 2);
+  int state[2] = {}, control[2] = {};
+  store().getStateRecalculation(4, state[0], control[0]);
+  store().getStateRecalculation(1, state[1], control[1]);
+  store().getStateRecalculation(99, state[1], control[1]);
+  EXPECT_EQ(cat(state[0], control[0], state[1], control[1]), "2|1|1|2");
+
+  store().writeCalculation(1, "10.0.0.5", 0);
+  store().writeCalculation(2, "10.0.0.9", 7);
+  store().updateCalculation(1, "10.0.0.6");
+  store().updateCalculation(1, 12, 345, "2023-7-4 9:5:1");
+  store().writeVersion(1, "{\"vek\":\"1.0 'beta'\"}");
+  EXPECT_EQ(rows("SELECT * FROM vek_calculation ORDER BY id"),
+            "1|10.0.0.6|12|345|2023-07-04 09:05:01|{\"vek\":\"1.0 'beta'\"}|NULL\n"
+            "2|10.0.0.9|7|NULL|NULL|NULL|NULL\n");
+  exec("UPDATE vek_calculation SET settings = '{}' WHERE id = 1");
+  std::vector<int> ids{99};
+  int smallest = 7;
+  store().readCalculation(ids, smallest);
+  std::string settings[] = {"kept", "kept", "kept"};
+  for (const int id : {1, 2, 3}) {
+    store().readVekCalculation(id, settings[id - 1]);
+  }
+  EXPECT_EQ(cat(list(ids, true), smallest, settings[0], settings[1], settings[2]),
+            "1,2,99|0|{}||kept")
+      << "a running minimum from 0 stays 0";
+}
+
+class StoreWrites : public Store {};
+
+TEST_F(StoreWrites, ResultsAreWrittenOnceUpdatedOnRepeatAndADuplicateRaisesMessage27) {
+  // The live path goes straight to the insert; a replay looks first and updates in place.
+  store().writeResultBase("plant", result(11, {param("SKZ", 1.5f, 5), param("TEMP", 2.5f, 6)}),
+                          false);
+  calc_result again = result(12, {param("TEMP", std::numeric_limits<float>::infinity(), 6)});
+  again.status_calc = 0;
+  again.receipt_date = "2023-7-4 9:5:2";
+  store().writeResultBase("plant", again, true);
+  again.result_params = {param("TEMP", 3.75f, 6)};
+  again.receipt_date = "2023-7-4 9:5:1.25";
+  store().writeResultBase("plant", again, true);
+  store().writeResultBase("plant", result(13, {}), true);
+  // A live repeat meets the unique index, which names itself in the error; the rest of the
+  // result is not written. A result without a partition is refused, and that is no duplicate.
+  store().writeResultBase("O'Neil", result(14, {param("SKZ", 9.5f, 5), param("TEMP", 8.5f, 6)}),
+                          false);
+  EXPECT_THROW(store().writeResultBase("plant", result(15, {param("X", 1.0f, 7)}), false),
+               pqxx::sql_error);
+  EXPECT_EQ(rows("SELECT *, tableoid::regclass FROM result_base ORDER BY id"),
+            "1|11|5|2023-07-04 09:05:01.25|42|1.5|1|f|NULL|NULL|NULL|result_5\n"
+            "2|11|6|2023-07-04 09:05:01.25|42|3.75|0|f|NULL|NULL|NULL|result_6\n"
+            "3|12|6|2023-07-04 09:05:02|42|NULL|0|f|NULL|NULL|NULL|result_6\n");
+  EXPECT_EQ(rows("SELECT * FROM notification"),
+            "1|42|NULL|2023-07-04 09:05:01.25|NULL|2|0|NULL|O'Neil|70|10|20|NULL|27|f\n");
+  // The histories: values are cleared first, the other outputs appended to.
+  std::vector<std::string> dates{"old"};
+  std::vector<long> ids{-1};
+  std::vector<int> param_info_ids{-1}, visualization_ids{-1}, int_ids{-1};
+  std::vector<double> values{-1.0, -2.0};
+  const std::string clause = "WHERE VISUALIZATION_ID = 6 ORDER BY RECEIPT_DATE";
+  store().getArrayResult(clause, "VALUE", dates, ids, values);
+  EXPECT_EQ(cat(list(ids), list(dates), list(values)),
+            "-1,2,3|old,2023-07-04 09:05:01.25,2023-07-04 09:05:02|3.75,0");
+  store().getArrayResultId(clause, "VALUE", param_info_ids, dates, ids, values);
+  EXPECT_EQ(cat(list(param_info_ids), list(ids), dates.back(), list(values)),
+            "-1,11|-1,2,3,2|2023-07-04 09:05:01.25|3.75")
+      << "rows without a value are left out";
+  store().getArrayResultFRM(clause, param_info_ids, values);
+  EXPECT_EQ(cat(list(param_info_ids), list(values)), "-1,11,11,12|3.75,0");
+  store().readResult("ORDER BY ID", visualization_ids, param_info_ids, dates, int_ids, values);
+  EXPECT_EQ(cat(list(visualization_ids), list(int_ids), list(values), dates.size()),
+            "-1,5,6,6|-1,1,2,3|1.5,3.75,0|7");
+
+  store().writeResult("plant", result(11, {param("SKZ", 1.5f, 5), param("O'Brien's", 2.5f, 8)}));
+  again = result(11, {param("SKZ", kNaN, 5), param("TEMP", 4.5f, 6)});
+  again.status_vector = 4;
+  again.has_raw_data = true;
+  store().writeResult("plant", again);
+  store().writeResult("plant", result(12, {}));
+  // Another measurement at the same time: a lone taken parameter leaves nothing to insert, a
+  // free one beside a taken one is written; all of several taken leave an insert without rows,
+  // which the server refuses; two of one visualization pass the look-up and meet in the index.
+  store().writeResult("yard", result(13, {param("SKZ", 7.5f, 5)}));
+  store().writeResult("bare", result(14, {param("SKZ", 7.5f, 5), param("KZ", 6.5f, 9)}));
+  EXPECT_THROW(store().writeResult("bare", result(15, {param("SKZ", 1, 5), param("TEMP", 1, 6)})),
+               pqxx::sql_error);
+  store().writeResult("x", result(16, {param("X", 1.5f, 7), param("X", 2.5f, 7)}));
+  EXPECT_EQ(rows("SELECT * FROM result ORDER BY id"),
+            "1|11|2023-07-04 09:05:01.25|42|SKZ|NULL|1|4|5|f\n"
+            "2|11|2023-07-04 09:05:01.25|42|O'Brien's|2.5|1|536870912|8|f\n"
+            "3|11|2023-07-04 09:05:01.25|42|TEMP|4.5|1|4|6|t\n"
+            "4|14|2023-07-04 09:05:01.25|42|KZ|6.5|1|536870912|9|f\n");
+  EXPECT_EQ(rows("SELECT organization_alias FROM notification ORDER BY id"),
+            "O'Neil\nyard\nbare\nx\n");
+  const std::string duplicate = "error duplicate data\nwrite table notification, ";
+  EXPECT_EQ(opLog(), "write result_base: 2 param\nwrite result_base: 1 param\nwrite result_base: "
+                     "1 param\n" +
+                         duplicate +
+                         "O'Neil, error: 27\nwrite result: 2 param\nwrite "
+                         "result: 2 param\nresult not recorded\n" +
+                         duplicate +
+                         "yard, error: 27\n"
+                         "write result: 1 param\n" +
+                         duplicate +
+                         "bare, error: 27\nwrite result: 2 "
+                         "param\nerror duplicate data\nerror duplicate data\n" +
+                         duplicate + "x, error: 27\n");
+}
+
+TEST_F(StoreWrites, MarksLatestValuesStagedValuesStatusesAndFlags) {
+  // A first run without parameters leaves no mark; a repeat refreshes, also without them. The
+  // mark is the UTC clock, as the server has it.
+  store().writeResultMathHistory("plant", result(11, {}));
+  store().writeResultMathHistory("plant", result(12, {param("SKZ", 1.5f, 5)}));
+  store().writeResultMathHistory("plant", result(13, {param("SKZ", 1.5f, 5)}));
+  store().writeResultMathHistory("plant", {12, "", 0, 0, 0, 0, 4, {}, {}, true});
+  EXPECT_EQ(rows("SELECT param_info_id, status_calc, status_vector, has_raw_data, abs(extract("
+                 "epoch FROM (now() AT TIME ZONE 'UTC') - calculated_at)) < 60 FROM math_history "
+                 "ORDER BY 1"),
+            "12|0|4|t|t\n13|1|536870912|f|t\n");
+
+  // A value without a number keeps the shown one and moves only the time. Without a time the
+  // statement ends on a comma, or names no column for a NaN: refused.
+  exec("UPDATE visualization SET latest_raw_value = 1, latest_middle_value = 2, "
+       "latest_trend_value = 3, latest_monotone_value = 4");
+  calc_result r =
+      result(11, {{"SKZ", 1.25f, 2.25f, kNaN, -0.5f, 5, ""}, {"TEMP", kNaN, 1, 1, 1, 6, ""}});
+  store().writeLatestData(r);
+  r.receipt_date = "";
+  r.result_params = {param("KZ", 7.5f, 103)};
+  EXPECT_THROW(store().writeLatestData(r), pqxx::sql_error);
+  r.result_params = {param("KZ", kNaN, 103)};
+  EXPECT_THROW(store().writeLatestData(r), pqxx::sql_error);
+  EXPECT_EQ(rows("SELECT id, latest_raw_value, latest_middle_value, latest_trend_value, "
+                 "latest_monotone_value, value_at FROM visualization WHERE id < 102 ORDER BY id"),
+            "5|1.25|2.25|3|-0.5|2023-07-04 09:05:01.25\n6|1|2|3|4|2023-07-04 09:05:01.25\n"
+            "101|1|2|3|4|2023-07-04 09:05:01.5\n");
+  EXPECT_EQ(store().writeResultTmp({{5, "2023-7-4 9:5:1.25", 1.5},
+                                    {6, "2023-7-4 9:5:2", NAN},
+                                    {8, "2023-7-4 9:5:3", -INFINITY}}) +
+                store().writeResultTmp({}),
+            "5, 6, 8");
+  EXPECT_EQ(
+      rows("SELECT * FROM result_temp ORDER BY receipt_date"),
+      "5|2023-07-04 09:05:01.25|1.5\n6|2023-07-04 09:05:02|NULL\n8|2023-07-04 09:05:03|NULL\n");
+
+  // One status row per measurement and place, refreshed on a repeat; an id of 0 is NULL in
+  // the look-up and in the row.
+  store().writeStatusControlPoint(3.25f, 4.5f, 20, "2023-7-4 9:5:1.5");
+  store().writeStatusAggregate(1.75f, 3.0f, 31, "2023-7-4 9:5:2");
+  const std::tuple<long, float, int, int, int> elements[] = {
+      {42, 2, 11, 10, 0}, {42, 3, 11, 10, 0},         {42, 4, 11, 10, 20},
+      {42, 5, 11, 0, 0},  {4294967338L, 6, 11, 0, 0}, {42, 7, 12, 0, 0}};
+  for (const auto& [source, status, param_info_id, channel_id, point] : elements) {
+    store().writeStatusStatusElement(source, status, param_info_id, channel_id, point);
+  }
+  const std::tuple<float, int, const char*> machines[] = {{1.5f, 30, "2023-7-4 9:5:1.25"},
+                                                          {2.5f, 30, "2023-7-4 9:5:1.25"},
+                                                          {3.5f, 31, "2023-7-4 9:5:1.25"},
+                                                          {kNaN, 30, "2023-7-4 9:5:3"}};
+  for (const auto& [status, machine, date] : machines) {
+    store().writeStatusStatusAggregate(status, machine, date);
+  }
+  EXPECT_EQ(rows("SELECT * FROM control_point ORDER BY id"),
+            "20|30|0.5|3.25|4.5|2023-07-04 09:05:01.5\n21|30|NULL|NULL|NULL|NULL\n"
+            "22|31|1|1|NULL|NULL\n");
+  EXPECT_EQ(rows("SELECT * FROM status_element ORDER BY id"),
+            "1|42|3|11|10|NULL\n2|42|4|11|10|20\n3|42|5|11|NULL|NULL\n4|4294967338|6|11|NULL|NULL\n"
+            "5|42|7|12|NULL|NULL\n");
+  EXPECT_EQ(rows("SELECT * FROM status_aggregate ORDER BY id"),
+            "1|30|2.5|2023-07-04 09:05:01.25\n2|31|3.5|2023-07-04 09:05:01.25\n"
+            "3|30|NULL|2023-07-04 09:05:03\n");
+
+  store().writeAggregateMode(31, 2);
+  store().setConnectionStatus("MODULE", 8, 1);
+  store().setConnectionStatus("GATEWAY", 6, 3);
+  store().setConnectionStatusOrganization("O'Neil", 4);
+  // The hardware status only gains bits; a bit number wraps at 32, and the top bit fits.
+  for (const unsigned int bit : {2u, 0u, 34u, 31u}) {
+    store().setHardwareStatusModule(42, bit);
+  }
+  // The forecast curve, 86401 seconds in 8 bytes and 1.0f in 4, is stored as bytes.
+  store().writeRulVisualization(5, "'\\\\x81510100000000000000803f'");
+  EXPECT_EQ(rows("SELECT * FROM aggregate ORDER BY id"),
+            "30|4|2|3|1|90|2023-01-02 03:04:05|Pump|NULL|NULL|NULL|NULL\n"
+            "31|6|NULL|NULL|NULL|NULL|NULL|NULL|1.75|3|2023-07-04 09:05:02|2\n");
+  EXPECT_EQ(rows("SELECT id, connection_status, hardware_status FROM module WHERE id < 10 "
+                 "UNION ALL SELECT id, connection_status, NULL FROM gateway ORDER BY 1"),
+            "3|2|NULL\n6|3|NULL\n7|4|2147483653\n8|1|0\n9|0|0\n");
+  EXPECT_EQ(rows("SELECT * FROM organization_object ORDER BY alias_name COLLATE \"C\""),
+            "O'Neil|NULL|4\nbare|NULL|2\nplant|UTC+3:00|1\nyard|GMT-2:30|NULL\n");
+  EXPECT_EQ(
+      rows("SELECT id, length(rul_data), rul_data FROM visualization WHERE id < 7 ORDER BY 1"),
+      "5|12|\\x81510100000000000000803f\n6|NULL|NULL\n");
+}
+
+TEST_F(StoreWrites, NotificationsOfAPlaceAreWrittenOnceADayUnlessTheirCodeRepeats) {
+  const auto raise = [&](const std::string& code, const char* date, int type = 4, int status = 0,
+                         int channel = 10, const std::string& alias = "plant", int view = 0) {
+    store().notificationSave(code, 42, date, status, 0, "", type, alias, 0, channel, 20, false,
+                             view);
+  };
+  // Within the day before its own time, counted from its first instant, also for a replayed
+  // older row; a closed row blocks as well. Another channel, alias, visualization or type is
+  // another place.
+  for (const char* date : {"2023-7-4 12:0:0", "2023-7-4 13:0:0", "2023-7-5 12:0:0",
+                           "2023-7-2 12:0:0", "2023-7-5 12:0:1"}) {
+    raise("2", date);
+  }
+  exec("UPDATE notification SET status = 1");
+  raise("2", "2023-7-5 18:0:0");
+  raise("2", "2023-7-5 18:0:0", 4, 0, 11);
+  raise("2", "2023-7-5 18:0:0", 4, 0, 10, "yard");
+  raise("2", "2023-7-5 18:0:0", 4, 0, 10, "plant", 5);
+  raise("2", "2023-7-5 18:0:0", 5);
+  // A lost connection is raised again once the open one is closed; the rows still open are
+  // counted in ACTIVE_DAYS, inside the day or not.
+  for (const std::string code : {"1", "1025", "1061"}) {
+    raise(code, "2023-7-4 12:0:0");
+    raise(code, "2023-7-4 13:0:0");
+    exec("UPDATE notification SET status = 1 WHERE message_code = '" + code + "'");
+    raise(code, "2023-7-4 14:0:0");
+  }
+  for (const char* date : {"2023-7-4 15:0:0", "2023-7-6 15:0:0", "2023-7-8 15:0:0"}) {
+    raise("1", date);
+  }
+  // Restored connections, data errors and messages of type 1 are written every time.
+  for (int k = 0; k < 2; ++k) {
+    raise("8", "2023-7-9 12:0:0", 4, 1);
+    raise("26", "2023-7-9 12:0:0", 2, 1);
+    raise("2", "2023-7-9 12:0:0", 1);
+  }
+  EXPECT_EQ(rows("SELECT message_code, type_message_id, status, channel_id, organization_alias, "
+                 "visualization_id, to_char(date_of_creation, 'DD HH24:MI:SS'), active_days "
+                 "FROM notification ORDER BY id"),
+            "2|4|1|10|plant|NULL|04 12:00:00|NULL\n2|4|1|10|plant|NULL|05 12:00:01|1\n"
+            "2|4|0|11|plant|NULL|05 18:00:00|NULL\n2|4|0|10|yard|NULL|05 18:00:00|NULL\n"
+            "2|4|0|10|plant|5|05 18:00:00|NULL\n2|5|0|10|plant|NULL|05 18:00:00|NULL\n"
+            "1|4|1|10|plant|NULL|04 12:00:00|NULL\n1|4|0|10|plant|NULL|04 14:00:00|NULL\n"
+            "1025|4|1|10|plant|NULL|04 12:00:00|NULL\n1025|4|0|10|plant|NULL|04 14:00:00|NULL\n"
+            "1061|4|1|10|plant|NULL|04 12:00:00|NULL\n1061|4|0|10|plant|NULL|04 14:00:00|NULL\n"
+            "1|4|0|10|plant|NULL|06 15:00:00|1\n1|4|0|10|plant|NULL|08 15:00:00|2\n"
+            "8|4|1|10|plant|NULL|09 12:00:00|NULL\n26|2|1|10|plant|NULL|09 12:00:00|NULL\n"
+            "2|1|0|10|plant|NULL|09 12:00:00|NULL\n8|4|1|10|plant|NULL|09 12:00:00|NULL\n"
+            "26|2|1|10|plant|NULL|09 12:00:00|NULL\n2|1|0|10|plant|NULL|09 12:00:00|1\n");
+  // Keys of 0 and empty texts are NULL in the look-up and in the row; every key in the row.
+  for (const char* date : {"2023-7-10 12:0:0.5", "2023-7-10 12:30:0"}) {
+    store().notificationSave("24", 0, date, 0, 0, "", 5, "", 0, 0, 0, true, 0);
+    store().notificationSave("12", 4294967338L, date, 3, 3, "it's", 4, "O'Neil", 80, 10, 20, false,
+                             5);
+  }
+  EXPECT_EQ(rows("SELECT * FROM notification WHERE id > 20"),
+            "21|NULL|NULL|2023-07-10 12:00:00.5|NULL|5|0|NULL|NULL|NULL|NULL|NULL|NULL|24|t\n"
+            "22|4294967338|3|2023-07-10 12:00:00.5|it's|4|3|NULL|O'Neil|80|10|20|5|12|f\n");
+  const std::string log = opLog(), last = "write table notification, , error: 24\n"
+                                          "write table notification, O'Neil, error: 12\n";
+  EXPECT_EQ(log.substr(log.size() - last.size()), last);
+}
+
+TEST_F(StoreWrites, SystemNotificationsClosingAndDefects) {
+  // Codes switched off or unknown are dropped; the recommendation is the one of the code and
+  // type, and one without a type serves every type.
+  store().notificationSystemSave("12", 42, "2023-7-4 12:0:0", 1, 0, "", 4, "plant", 10, 20);
+  store().notificationSystemSave("9", 42, "2023-7-4 12:0:0", 1, 0, "", 4, "plant", 10, 20);
+  store().notificationSystemSave("13", 42, "2023-7-4 12:0:0", 1, 3, "late", 4, "plant", 10, 20);
+  store().notificationSystemSave("27", 0, "2023-7-4 12:0:0", 1, 0, "", 5, "plant", 0, 0);
+  store().notificationSystemSave("x'1", 42, "2023-7-4 12:0:0", 0, 0, "it's", 4, "O'Neil", 11, 20);
+  store().notificationSystemSave("x'1", 42, "2023-7-4 13:0:0", 0, 0, "it's", 4, "O'Neil", 11, 20);
+  EXPECT_EQ(rows("SELECT * FROM notification ORDER BY id"),
+            "1|42|3|2023-07-04 12:00:00|late|4|1|NULL|plant|80|10|20|NULL|13|f\n"
+            "2|NULL|NULL|2023-07-04 12:00:00|NULL|5|1|NULL|plant|NULL|NULL|NULL|NULL|27|f\n"
+            "3|42|NULL|2023-07-04 12:00:00|it's|4|0|NULL|O'Neil|84|11|20|NULL|x'1|f\n");
+  std::string answers;
+  for (const auto& [code, type] : std::vector<std::pair<std::string, int>>{
+           {"13", 2}, {"13", 5}, {"14", 0}, {"14", 4}, {"15", 0}, {"x'1", 0}}) {
+    answers += cat(store().getRecommendationCode(code, type)) + ",";
+  }
+  for (const auto& [id, type] :
+       std::vector<std::pair<int, int>>{{80, 4}, {80, 2}, {80, 0}, {83, 2}, {82, 4}, {99, 0}}) {
+    answers += cat(store().isRecommendationActive(id, type));
+  }
+  EXPECT_EQ(answers, "81,0,83,0,0,84,101100");
+
+  // Closing takes the open rows of the place, of any visualization, with the alias as a text.
+  exec("INSERT INTO notification (id, source, gateway_id, type_message_id, status, "
+       "organization_alias, channel_id, control_point_id, visualization_id, message_code) VALUES "
+       "(11, 42, NULL, 4, 0, 'plant', 10, 20, NULL, '1'), (12, 42, NULL, 4, 0, 'plant', 10, 20, 5,"
+       "'1'), (13, 42, NULL, 4, 0, NULL, 10, 20, NULL, '1'), (14, 42, NULL, 4, 0, '', 10, 20, NULL,"
+       "'1'), (15, 43, NULL, 4, 0, 'plant', 10, 20, NULL, '1'), (16, 42, 3, 4, 0, 'plant', 10, 20,"
+       "NULL, '1'), (17, 42, NULL, 2, 0, 'plant', 10, 20, NULL, '1'), (18, 42, NULL, 4, 0, 'plant',"
+       "10, NULL, NULL, '1'), (19, 42, NULL, 4, 0, 'plant', 10, 20, NULL, '2'), (20, 42, NULL, 4, "
+       "5, 'plant', 10, 20, NULL, '1')");
+  const auto closed = [&] {
+    return scalar("SELECT string_agg(id::text, ',' ORDER BY id) FROM notification WHERE status = "
+                  "9");
+  };
+  store().setNotificationStatus("1", 42, "2023-7-4 12:0:0", 9, 0, 4, "plant", 10, 20);
+  store().setNotificationStatus("1", 42, "", 9, 0, 4, "", 10, 20);
+  store().setNotificationStatus("1", 42, "", 9, 3, 4, "plant", 10, 0);
+  EXPECT_EQ(closed(), "11,12,14") << "the empty alias is a text; a gateway and no point are two";
+  store().setNotificationStatus("1", 42, "", 9, 0, 4, "plant", 10, 0);
+  store().setNotificationStatus("1", 42, "", 9, 3, 4, "plant", 10, 20);
+  store().setNotificationStatus("x'1", 42, "", 9, 0, 4, "O'Neil", 11, 20);
+  EXPECT_EQ(closed(), "3,11,12,14,16,18");
+
+  // One defect record per measurement, the smallest number standing for all; a recomputed
+  // measurement replaces its record or, without defects, loses it.
+  store().writeDefects(11, {{7, 1}, {3, 2}, {5, 4}});
+  store().writeDefects(12, {{9, 6}});
+  store().writeDefects(12, {{1, 5}});
+  store().writeDefects(13, {{2, 2}});
+  store().writeDefects(13, {});
+  EXPECT_EQ(rows("SELECT * FROM defects ORDER BY id"), "11|3|2\n12|1|5\n");
+  const std::string closing = "set status notification, 42, message_code: ";
+  EXPECT_EQ(opLog(), "write table notification, plant, error: 13\nwrite table notification, "
+                     "plant, error: 27\nwrite table notification, O'Neil, error: x'1\n" +
+                         closing + "1\n" + closing + "1\n" + closing + "1\n" + closing + "1\n" +
+                         closing + "1\n" + closing +
+                         "x'1\nwrite defect\nwrite defect\nwrite "
+                         "defect\nwrite defect\n");
+}
+
+class StoreSession : public Store {};
+
+TEST_F(StoreSession, IsWaitedForAtStartReportedWhenLostAndReplacedByOpenConnect) {
+  // The other sessions on the suite's database once their count has settled at expected, or
+  // after five seconds: a backend leaves a moment after its client.
+  const auto others = [&](int expected) {
+    int count = -1;
+    for (int attempt = 0; attempt < 100 && count != expected; ++attempt) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(attempt == 0 ? 0 : 50));
+      count = std::stoi(scalar("SELECT COUNT(*) FROM pg_stat_activity WHERE datname = '" +
+                               database().name() + "' AND pid <> pg_backend_pid()"));
+    }
+    return count;
+  };
+  ASSERT_EQ(others(1), 1);
+  store().openConnect();
+  EXPECT_EQ(others(1), 1) << "a replaced session must not stay open on the server";
+  const int pid = store().getValueInt("SELECT pg_backend_pid()");
+  endSession();
   // No reconnect behind the caller's back: the loop's catch block decides when.
   EXPECT_THROW(store().writeData("INSERT INTO param_info (id) VALUES (1)"),
                pqxx::broken_connection);
-
   store().openConnect();
-  EXPECT_EQ(store().getValueInt("SELECT 1"), 1);
   EXPECT_NE(store().getValueInt("SELECT pg_backend_pid()"), pid);
-  EXPECT_EQ(countOf(logText(), "connect to database: "), 2);
-  EXPECT_EQ(scalar("SELECT COUNT(*) FROM param_info"), "0");
-}
-
-TEST_F(WorkPostgreSQLConnection, ReconnectReleasesTheSessionItReplaces) {
-  ASSERT_EQ(otherSessions(1), 1);
-  store().openConnect();
-  store().openConnect();
-  EXPECT_EQ(otherSessions(1), 1) << "a replaced session must not stay open on the server";
-  EXPECT_EQ(store().getValueInt("SELECT 3"), 3);
-}
-
-TEST_F(WorkPostgreSQLConnection, CloseConnectEndsTheSessionButKeepsTheObject) {
   store().closeConnect();
-  EXPECT_EQ(otherSessions(0), 0);
+  store().closeConnect();
+  EXPECT_EQ(others(0), 0);
   EXPECT_THROW(store().getValueInt("SELECT 1"), pqxx::broken_connection);
   store().openConnect();
-  EXPECT_EQ(store().getValueInt("SELECT 1"), 1);
-  store().closeConnect();
-  store().closeConnect();
+  EXPECT_EQ(store().getValueInt("SELECT COUNT(*) FROM param_info"), 0);
+  const std::string line = "connect to database: " + database().host() + " " + database().name() +
+                           " " + database().user() + "\n";
+  EXPECT_EQ(opLog(), line + line + line);
+
+  // A socket directory where the server's socket appears after a while (a link to the running
+  // one), as when the server comes up; the shared server itself is never stopped.
+  char down[] = "/tmp/vek-down-XXXXXX";
+  ASSERT_NE(mkdtemp(down), nullptr) << std::strerror(errno);
+  const std::string socket = std::string(down) + "/.s.PGSQL.5432", path = temporaryFile("down");
+  PrintLog log(false, true, path);
+  std::thread server([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(800));
+    EXPECT_EQ(symlink((database().host() + "/.s.PGSQL.5432").c_str(), socket.c_str()), 0);
+  });
+  auto late = std::make_unique<WorkPostgreSQL>(down, database().name(), database().user(), "", &log,
+                                               std::chrono::milliseconds(100));
+  server.join();
+  EXPECT_EQ(late->getValueInt("SELECT 7"), 7);
+  late.reset();
+  unlink(socket.c_str());
+  rmdir(down);
+  // Every refused attempt logs libpq's reason, which names the socket, and the pause.
+  const std::string text = fileText(path);
+  const auto count = [&](const std::string& piece) {
+    int n = 0;
+    for (auto at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) {
+      ++n;
+    }
+    return n;
+  };
+  EXPECT_GE(count("reconnect pause 30c\n"), 2) << text;
+  EXPECT_GE(count(socket), count("reconnect pause 30c\n")) << text;
+  EXPECT_EQ(count("connect to database: "), 1) << text;
+  EXPECT_EQ(count("connect to database: " + std::string(down) + " " + database().name() + " " +
+                  database().user() + "\n"),
+            1);
+}
+
+// Numbers formatted with a decimal comma and a point between thousands, as on a host set up in
+// German or Russian.
+struct DecimalComma : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST_F(StoreSession, NumbersCarryAPointInADecimalCommaLocaleAndTextsStayOneLiteral) {
+  // The C library's formatting as well, where the host has the locale.
+  const std::string saved_c = std::setlocale(LC_NUMERIC, nullptr);
+  const std::locale saved;
+  std::setlocale(LC_NUMERIC, "de_DE.utf8");
+  std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+  store().writeStatusControlPoint(2.75f, 1234.5f, 21, "2023-7-4 9:5:1");
+  store().writeResultTmp({{5, "2023-7-4 9:5:1", -2.5e-7}});
+  std::vector<visualization> items;
+  store().readVisualization(42, items);
+  float status = 0.0f;
+  store().readStatusElement(21, status);
+  std::vector<std::vector<double>> table;
+  store().readDataTable("SELECT 1234.5::float8, -0.375::float8", table);
+  std::locale::global(saved);
+  std::setlocale(LC_NUMERIC, saved_c.c_str());
+  EXPECT_EQ(list(items, true), kShown.substr(kShown.find("101")));
+  EXPECT_EQ(cat(status, list(table.at(0))), "2.75|1234.5,-0.375");
+  EXPECT_EQ(rows("SELECT status, status_max FROM control_point WHERE id = 21 UNION ALL SELECT "
+                 "value, NULL FROM result_temp"),
+            "2.75|1234.5\n-2.5e-07|NULL\n");
+
+  EXPECT_EQ(sql::quoted("plant +3:00"), "'plant +3:00'");
+  for (const std::string text :
+       {"O'Brien", "'", "''", "", "x'); DROP TABLE module; --", "back\\slash'", "цех 'Юг'"}) {
+    EXPECT_EQ(store().getValueString("SELECT " + sql::quoted(text)), text);
+  }
+  // A partition of the results for each new or renumbered visualization; it outlives the
+  // visualization and is found again when the id comes back.
+  exec("UPDATE visualization SET id = 7 WHERE id = 5; DELETE FROM visualization WHERE id = 6;"
+       "INSERT INTO visualization (id, source, name_param) VALUES (6, 42, 'B')");
+  EXPECT_EQ(rows("SELECT inhrelid::regclass FROM pg_inherits WHERE inhparent = "
+                 "'result_base'::regclass ORDER BY inhrelid"),
+            "result_101\nresult_5\nresult_6\nresult_103\nresult_7\n");
 }
 
 } // namespace
