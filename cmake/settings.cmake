@@ -34,16 +34,18 @@ function(vek_subsystem name)
   target_link_libraries(vek_lib INTERFACE vek_${name})
 endfunction()
 
-# vek_test(NAME SOURCES... [DEPENDS libs...]) makes one GoogleTest executable; its tests are
-# listed when ctest runs, so a broken test binary fails the run instead of the build.
+# vek_test(NAME SOURCES... [DEPENDS libs...] [PREFIX text]) makes one GoogleTest executable;
+# its tests are listed when ctest runs, so a broken test binary fails the run instead of the
+# build. PREFIX goes before every test's name in ctest.
 function(vek_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "PREFIX" "SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPENDS} GTest::gtest GTest::gtest_main
                         vek_options vek_warnings)
   target_compile_definitions(${name} PRIVATE VEK_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
                              VEK_BINARY_DIR="${CMAKE_BINARY_DIR}")
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       TEST_PREFIX "${ARG_PREFIX}")
 endfunction()
 
 # vek_scenarios(NAME DIRECTORY) makes the test program NAME whose tests are the scenario files

@@ -1,30 +1,12 @@
 // The instance record against real VEK_CALCULATION rows: registration, version and progress,
 // and a sequence of settings documents read into one instance.
+#include <sstream>
 #include <string>
-#include <utility>
 
 #include "process/Calculation.h"
 #include "support/StoreTest.h"
 
-namespace {
-
 class CalculationTest : public vek_test::StoreTest {};
-
-// log, middle, analysis and control periods (ms), Kafka on, client id, topic, then the
-// sources of -8, -7, 1..9 and 3000000026 that the instance computes.
-std::string settings(const Calculation& c) {
-  std::string text = std::to_string(c.getLog()) + " " + std::to_string(c.getMiddle()) + " " +
-                     std::to_string(c.getIntervalAnalyzeModule()) + " " +
-                     std::to_string(c.getIntervalControlTask()) + " " +
-                     std::to_string(c.getKafkaEnable()) + " " +
-                     std::to_string(c.getKafkaClientId()) + " " + c.getKafkaTopic() + " [";
-  for (const long source : {-8L, -7L, 1L, 2L, 3L, 4L, 5L, 6L, 7L, 8L, 9L, 3000000026L}) {
-    text += c.enableCalcSource(source) ? std::to_string(source) + "," : "";
-  }
-  return text + "]";
-}
-
-} // namespace
 
 TEST_F(CalculationTest, RegistrationAndProgressTouchOnlyTheOwnRow) {
   exec("INSERT INTO vek_calculation (id, ip, lag, settings) VALUES (1, '10.0.0.1', 12, "
@@ -44,63 +26,68 @@ TEST_F(CalculationTest, RegistrationAndProgressTouchOnlyTheOwnRow) {
 }
 
 TEST_F(CalculationTest, SettingsAreTakenInTurnAndKeptWhenDropped) {
-  exec("DELETE FROM vek_calculation; INSERT INTO vek_calculation (id) VALUES (1)");
+  // A settings document (NULL: none; -: no row at all) => log, middle, analysis and control
+  // periods (ms), Kafka on, client id, topic, and which of the sources -8, -7, 1..9 and
+  // 3000000026 the instance computes; read in turn into one instance.
+  std::istringstream table(R"(
+-                                                                      => 0 0 1200000 300000 0 0  [-8,-7,1,2,3,4,5,6,7,8,9,3000000026,]
+{"source": [5, 9], "calc_source": 1, "remainder": 0, "middle": 10, "log": true, "analyze_module": 600, "control_task": 60, "kafka_client_id": 7, "kafka_topic": "vibration", "kafka_enable": true} => 1 10 600000 60000 1 7000 vibration [5,9,]
+# A key dropped keeps its value until the process restarts; a text that is no object, holds
+# no usable key, or is missing changes nothing.
+{"control_task": 30}                                                   => 1 10 600000 30000 1 7000 vibration [5,9,]
+not json                                                               => 1 10 600000 30000 1 7000 vibration [5,9,]
+[1, 2]                                                                 => 1 10 600000 30000 1 7000 vibration [5,9,]
+{}                                                                     => 1 10 600000 30000 1 7000 vibration [5,9,]
+{"calc_source": null}                                                  => 1 10 600000 30000 1 7000 vibration [5,9,]
+{"x": {}}                                                              => 1 10 600000 30000 1 7000 vibration [5,9,]
+NULL                                                                   => 1 10 600000 30000 1 7000 vibration [5,9,]
+-                                                                      => 1 10 600000 30000 1 7000 vibration [5,9,]
+# Empty arrays keep a number but empty the list; a single-valued key takes an array's first.
+{"calc_source": 2, "remainder": 1, "middle": 5, "analyze_module": 10, "source": [4]} => 1 5 10000 30000 1 7000 vibration [1,3,5,7,9,]
+{"calc_source": [], "remainder": [], "middle": [], "analyze_module": [], "source": []} => 1 5 10000 30000 1 7000 vibration [1,3,5,7,9,]
+{"calc_source": 1}                                                     => 1 5 10000 30000 1 7000 vibration []
+{"calc_source": [3, 5], "remainder": [2]}                              => 1 5 10000 30000 1 7000 vibration [2,5,8,3000000026,]
+# The division rules; the remainder has the sign of the source; sources are 64-bit.
+{"calc_source": 3, "remainder": 1}                                     => 1 5 10000 30000 1 7000 vibration [1,4,7,]
+{"calc_source": 3, "remainder": -1}                                    => 1 5 10000 30000 1 7000 vibration [-7,]
+{"calc_source": 0, "source": [2]}                                      => 1 5 10000 30000 1 7000 vibration [-8,-7,1,2,3,4,5,6,7,8,9,3000000026,]
+{"calc_source": 1, "source": [2, 8, 100]}                              => 1 5 10000 30000 1 7000 vibration [2,8,]
+{"calc_source": 1, "source": 5}                                        => 1 5 10000 30000 1 7000 vibration [5,]
+{"calc_source": -2}                                                    => 1 5 10000 30000 1 7000 vibration []
+{"calc_source": 4, "remainder": 4}                                     => 1 5 10000 30000 1 7000 vibration []
+{"calc_source": 2, "remainder": 0}                                     => 1 5 10000 30000 1 7000 vibration [-8,2,4,6,8,3000000026,]
+{"calc_source": 1000000007, "remainder": 5}                            => 1 5 10000 30000 1 7000 vibration [5,3000000026,]
+# "middle" 0 is taken (the loop then keeps its command line's); periods beyond the
+# millisecond range wrap as the 32-bit timer does, even beyond 64 bits.
+{"middle": 0, "log": false, "kafka_enable": false, "kafka_topic": "t", "calc_source": 0} => 0 0 10000 30000 0 7000 t [-8,-7,1,2,3,4,5,6,7,8,9,3000000026,]
+{"analyze_module": 3000000, "control_task": 2147483, "middle": 4294967297} => 0 1 -1294967296 2147483000 0 7000 t [-8,-7,1,2,3,4,5,6,7,8,9,3000000026,]
+{"analyze_module": 10000000000000000}                                  => 0 1 -1981284352 2147483000 0 7000 t [-8,-7,1,2,3,4,5,6,7,8,9,3000000026,]
+)");
+  exec("DELETE FROM vek_calculation");
   Calculation calculation(&store(), 1);
-  const std::string all = "[-8,-7,1,2,3,4,5,6,7,8,9,3000000026,]";
-  EXPECT_EQ(settings(calculation), "0 0 1200000 300000 0 0  " + all) << "before any settings";
-  // A document (NULL for none, "-" for no row at all) and the settings after reading it.
-  const std::pair<const char*, std::string> cases[] = {
-      {R"({"source": [5, 9], "calc_source": 1, "remainder": 0, "middle": 10, "log": true,
-           "analyze_module": 600, "control_task": 60, "kafka_client_id": 7,
-           "kafka_topic": "vibration", "kafka_enable": true})",
-       "1 10 600000 60000 1 7000 vibration [5,9,]"},
-      // A key dropped from the document keeps its value until the process restarts; a text
-      // that is no object, holds no usable key, or is missing changes nothing.
-      {R"({"control_task": 30})", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {"not json", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {"[1, 2]", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {"{}", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {R"({"calc_source": null})", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {R"({"x": {}})", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {nullptr, "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      {"-", "1 10 600000 30000 1 7000 vibration [5,9,]"},
-      // Empty arrays keep a numeric setting but empty the list; an array's first element is
-      // the value of a single-valued key.
-      {R"({"calc_source": 2, "remainder": 1, "middle": 5, "analyze_module": 10, "source": [4]})",
-       "1 5 10000 30000 1 7000 vibration [1,3,5,7,9,]"},
-      {R"({"calc_source": [], "remainder": [], "middle": [], "analyze_module": [], "source": []})",
-       "1 5 10000 30000 1 7000 vibration [1,3,5,7,9,]"},
-      {R"({"calc_source": 1})", "1 5 10000 30000 1 7000 vibration []"},
-      {R"({"calc_source": [3, 5], "remainder": [2]})",
-       "1 5 10000 30000 1 7000 vibration [2,5,8,3000000026,]"},
-      // The division rules; the remainder has the sign of the source; sources are 64-bit.
-      {R"({"calc_source": 3, "remainder": 1})", "1 5 10000 30000 1 7000 vibration [1,4,7,]"},
-      {R"({"calc_source": 3, "remainder": -1})", "1 5 10000 30000 1 7000 vibration [-7,]"},
-      {R"({"calc_source": 0, "source": [2]})", "1 5 10000 30000 1 7000 vibration " + all},
-      {R"({"calc_source": 1, "source": [2, 8, 100]})", "1 5 10000 30000 1 7000 vibration [2,8,]"},
-      {R"({"calc_source": 1, "source": 5})", "1 5 10000 30000 1 7000 vibration [5,]"},
-      {R"({"calc_source": -2})", "1 5 10000 30000 1 7000 vibration []"},
-      {R"({"calc_source": 4, "remainder": 4})", "1 5 10000 30000 1 7000 vibration []"},
-      {R"({"calc_source": 2, "remainder": 0})",
-       "1 5 10000 30000 1 7000 vibration [-8,2,4,6,8,3000000026,]"},
-      {R"({"calc_source": 1000000007, "remainder": 5})",
-       "1 5 10000 30000 1 7000 vibration [5,3000000026,]"},
-      // "middle" 0 is taken (the loop then keeps its command line's); periods beyond the
-      // millisecond range wrap as the 32-bit timer does, even beyond 64 bits.
-      {R"({"middle": 0, "log": false, "kafka_enable": false, "kafka_topic": "t", "calc_source": 0})",
-       "0 0 10000 30000 0 7000 t " + all},
-      {R"({"analyze_module": 3000000, "control_task": 2147483, "middle": 4294967297})",
-       "0 1 -1294967296 2147483000 0 7000 t " + all},
-      {R"({"analyze_module": 10000000000000000})", "0 1 -1981284352 2147483000 0 7000 t " + all}};
-  for (const auto& [document, expected] : cases) {
-    if (document != nullptr && std::string(document) == "-") {
+  for (std::string line; std::getline(table, line);) {
+    if (line.empty() || line[0] == '#') {
+      continue;
+    }
+    std::string document = line.substr(0, line.find(" =>"));
+    document.erase(document.find_last_not_of(' ') + 1);
+    if (document == "-") {
       exec("DELETE FROM vek_calculation");
     } else {
       exec("INSERT INTO vek_calculation (id, settings) VALUES (1, " +
-           (document == nullptr ? "NULL" : sql().quote(document)) +
+           (document == "NULL" ? document : sql().quote(document)) +
            ") ON CONFLICT (id) DO UPDATE SET settings = excluded.settings");
     }
     calculation.readVekSettings();
-    EXPECT_EQ(settings(calculation), expected) << (document == nullptr ? "NULL" : document);
+    const Calculation& c = calculation;
+    std::string sources = " [";
+    for (const long source : {-8L, -7L, 1L, 2L, 3L, 4L, 5L, 6L, 7L, 8L, 9L, 3000000026L}) {
+      sources += c.enableCalcSource(source) ? std::to_string(source) + "," : "";
+    }
+    std::ostringstream settings;
+    settings << c.getLog() << " " << c.getMiddle() << " " << c.getIntervalAnalyzeModule() << " "
+             << c.getIntervalControlTask() << " " << c.getKafkaEnable() << " "
+             << c.getKafkaClientId() << " " << c.getKafkaTopic() << sources << "]";
+    EXPECT_EQ(settings.str(), line.substr(line.find("=> ") + 3)) << document;
   }
 }

@@ -7,10 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <memory>
 #include <pqxx/pqxx>
 #include <sstream>
-#include <stdexcept>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -30,99 +28,9 @@ constexpr auto kLimit = std::chrono::seconds(60);
 constexpr auto kPoll = std::chrono::milliseconds(50);
 
 std::string fileText(const fs::path& path) {
-  std::ifstream in(path);
   std::stringstream all;
-  all << in.rdbuf();
+  all << std::ifstream(path).rdbuf();
   return all.str();
-}
-
-// vek as a child process in the directory, its standard output and error appended to
-// stdout.txt and stderr.txt there; killed if it still runs when the object goes.
-class ServiceRun {
-public:
-  ServiceRun(std::vector<std::string> texts, const std::string& directory) {
-    texts.insert(texts.begin(), VEK_EXECUTABLE);
-    std::vector<char*> argv;
-    for (std::string& text : texts) {
-      argv.push_back(text.data());
-    }
-    argv.push_back(nullptr);
-    const std::string out = directory + "/stdout.txt", err = directory + "/stderr.txt";
-    pid_ = fork();
-    if (pid_ == 0) {
-      const int out_fd = open(out.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-      const int err_fd = open(err.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-      if (out_fd >= 0 && err_fd >= 0 && chdir(directory.c_str()) == 0) {
-        dup2(out_fd, STDOUT_FILENO);
-        dup2(err_fd, STDERR_FILENO);
-        execv(argv[0], argv.data());
-      }
-      _exit(127);
-    }
-  }
-  ~ServiceRun() {
-    if (pid_ > 0) {
-      kill(pid_, SIGKILL);
-      waitpid(pid_, nullptr, 0);
-    }
-  }
-  ServiceRun(const ServiceRun&) = delete;
-  ServiceRun& operator=(const ServiceRun&) = delete;
-  void signal(int number) const { kill(pid_, number); }
-  // The exit status once the process ends by itself; -1 when it ends by a signal or still
-  // runs at the limit (and is killed).
-  int wait() {
-    const auto deadline = Clock::now() + kLimit;
-    int status = -1;
-    while (pid_ > 0 && waitpid(pid_, &status, WNOHANG) == 0 && Clock::now() < deadline) {
-      std::this_thread::sleep_for(kPoll);
-    }
-    if (Clock::now() >= deadline) {
-      return -1; // the destructor kills it
-    }
-    pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
-private:
-  pid_t pid_ = -1;
-};
-
-struct Directive {
-  std::string word, argument;
-  int line = 0;
-  std::vector<std::string> body;
-};
-
-std::vector<Directive> parse(const std::string& path) {
-  std::ifstream in(path);
-  if (!in) {
-    throw std::runtime_error("cannot read " + path);
-  }
-  std::vector<Directive> directives;
-  bool heading = true; // before the first directive or in a directive's comment lines
-  std::string line;
-  for (int number = 1; std::getline(in, line); ++number) {
-    if (line.rfind("--- ", 0) == 0) {
-      std::istringstream words(line.substr(4));
-      directives.push_back({"", "", number, {}});
-      std::getline(words >> directives.back().word >> std::ws, directives.back().argument);
-      heading = true;
-    } else if (!heading || (!line.empty() && line[0] != '#')) {
-      if (directives.empty()) {
-        throw std::runtime_error(path + ":" + std::to_string(number) + ": text before a directive");
-      }
-      heading = false;
-      directives.back().body.push_back(line);
-    }
-  }
-  for (Directive& directive : directives) {
-    auto& body = directive.body;
-    while (!body.empty() && body.back().find_first_not_of(" \t") == std::string::npos) {
-      body.pop_back();
-    }
-  }
-  return directives;
 }
 
 std::string listed(const std::vector<std::string>& lines) {
@@ -133,77 +41,152 @@ std::string listed(const std::vector<std::string>& lines) {
   return text.empty() ? "  (no row)\n" : text;
 }
 
-// One scenario file's database, working directory and started run.
+struct Directive {
+  std::string word, argument;
+  int line;
+  std::vector<std::string> body;
+};
+
+std::vector<Directive> parse(const fs::path& path) {
+  std::ifstream in(path);
+  std::vector<Directive> directives;
+  bool heading = true; // before the first directive or among a directive's comment lines
+  std::string line;
+  for (int number = 1; std::getline(in, line); ++number) {
+    if (line.rfind("--- ", 0) == 0) {
+      std::istringstream words(line.substr(4));
+      directives.push_back({"", "", number, {}});
+      std::getline(words >> directives.back().word >> std::ws, directives.back().argument);
+      heading = true;
+    } else if (!heading || (!line.empty() && line[0] != '#')) {
+      if (directives.empty()) {
+        throw std::runtime_error("line " + std::to_string(number) + ": text before a directive");
+      }
+      heading = false;
+      directives.back().body.push_back(line);
+    }
+  }
+  if (directives.empty()) {
+    throw std::runtime_error("no directive in " + path.string());
+  }
+  return directives;
+}
+
+// vek as a child process in the directory, its standard output and error appended to
+// stdout.txt and stderr.txt there; killed if it still runs when the object goes.
+struct ServiceRun {
+  ServiceRun(std::vector<std::string> texts, const std::string& directory) {
+    texts.insert(texts.begin(), VEK_EXECUTABLE);
+    std::vector<char*> argv;
+    for (std::string& text : texts) {
+      argv.push_back(text.data());
+    }
+    argv.push_back(nullptr);
+    const std::string out = directory + "/stdout.txt", err = directory + "/stderr.txt";
+    if ((pid = fork()) == 0) {
+      const int out_fd = open(out.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+      const int err_fd = open(err.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+      if (out_fd >= 0 && err_fd >= 0 && chdir(directory.c_str()) == 0 &&
+          dup2(out_fd, STDOUT_FILENO) >= 0 && dup2(err_fd, STDERR_FILENO) >= 0) {
+        execv(argv[0], argv.data());
+      }
+      _exit(127);
+    }
+  }
+  ~ServiceRun() {
+    if (pid > 0 && waitpid(pid, nullptr, WNOHANG) == 0) {
+      kill(pid, SIGKILL);
+      waitpid(pid, nullptr, 0);
+    }
+  }
+  // The exit status once the process has ended by itself; -1 when a signal ended it or it
+  // still runs at the limit.
+  int wait() const {
+    const auto deadline = Clock::now() + kLimit;
+    int status = -1;
+    while (waitpid(pid, &status, WNOHANG) == 0 && Clock::now() < deadline) {
+      std::this_thread::sleep_for(kPoll);
+    }
+    return Clock::now() < deadline && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  pid_t pid;
+};
+
+// One file's database, working directory and started run, and what its directives do.
 class Scenario {
 public:
-  Scenario(const std::string& stem, const std::string& directory)
-      : db_(stem), sql_(db_.connectionString()), directory_(directory) {}
+  Scenario(const std::string& name, std::string directory)
+      : db_(name), sql_(db_.connectionString()), directory_(std::move(directory)) {}
 
   // False when the scenario cannot go on.
-  bool perform(const Directive& directive) {
-    const std::string& word = directive.word;
-    if (word == "sql") {
-      std::string statements;
-      for (const std::string& line : directive.body) {
-        statements += line + "\n";
-      }
+  bool perform(const Directive& d) {
+    std::string body;
+    for (const std::string& line : d.body) {
+      body += line + "\n";
+    }
+    if (d.word == "sql") {
       pqxx::work work(sql_);
-      work.exec(statements);
+      work.exec(body);
       work.commit();
-    } else if (word == "run" || word == "start") {
-      started_ = std::make_unique<ServiceRun>(arguments(directive.argument), directory_);
+    } else if (d.word == "run" || d.word == "start") {
+      std::vector<std::string> arguments{"-host",    db_.host(), "-name",
+                                         db_.name(), "-user",    db_.user()};
+      std::istringstream words(d.argument);
+      for (std::string word; words >> word;) {
+        arguments.push_back(word);
+      }
       awaited_ = output("stdout").size();
-      return word == "start" || ended();
-    } else if (word == "await") {
+      started_ = std::make_unique<ServiceRun>(arguments, directory_);
+      return d.word == "start" || ended();
+    } else if (d.word == "await") {
       const auto deadline = Clock::now() + kLimit;
-      std::size_t found = std::string::npos;
-      while ((found = output("stdout").find(directive.argument, awaited_)) == std::string::npos) {
+      std::size_t at = 0;
+      while ((at = output("stdout").find(d.argument, awaited_)) == std::string::npos) {
         if (Clock::now() > deadline) {
-          ADD_FAILURE() << "no \"" << directive.argument << "\" in stdout:\n" << output("stdout");
+          ADD_FAILURE() << "no \"" << d.argument << "\" in stdout:\n" << output("stdout");
           return false;
         }
         std::this_thread::sleep_for(kPoll);
       }
-      awaited_ = found + directive.argument.size();
-    } else if (word == "signal") {
-      started_->signal(std::stoi(directive.argument));
+      awaited_ = at + d.argument.size();
+    } else if (d.word == "signal") {
+      kill(started_->pid, std::stoi(d.argument));
       return ended();
-    } else if (word == "expect") {
-      expectRows(directive.body);
-    } else if (word == "log" || word == "nolog") {
-      expectOutput(directive, word == "log");
-    } else if (word == "wait") {
-      std::this_thread::sleep_for(std::chrono::seconds(std::stoi(directive.argument)));
+    } else if (d.word == "expect") {
+      expectRows(d.body);
+    } else if (d.word == "log" || d.word == "nolog") {
+      const std::string text = output(d.argument);
+      std::size_t at = 0;
+      for (const std::string& line : d.body) {
+        const std::size_t found = text.find(line, at);
+        if (!line.empty() && (d.word == "log") == (found == std::string::npos)) {
+          ADD_FAILURE() << "\"" << line << (d.word == "log" ? "\" does not follow" : "\" occurs")
+                        << " in " << d.argument << ":\n"
+                        << text.substr(at);
+          break;
+        }
+        at = d.word == "log" ? found + line.size() : 0;
+      }
+    } else if (d.word == "wait") {
+      std::this_thread::sleep_for(std::chrono::seconds(std::stoi(d.argument)));
     } else {
-      ADD_FAILURE() << "unknown directive \"" << word << "\"";
+      ADD_FAILURE() << "unknown directive \"" << d.word << "\"";
       return false;
     }
     return true;
   }
 
 private:
-  std::vector<std::string> arguments(const std::string& extra) const {
-    std::vector<std::string> all{"-host", db_.host(), "-name", db_.name(), "-user", db_.user()};
-    std::istringstream words(extra);
-    for (std::string word; words >> word;) {
-      all.push_back(word);
-    }
-    return all;
-  }
-
   bool ended() {
-    const int status = started_ ? started_->wait() : -1;
+    const int status = started_->wait();
     started_.reset();
-    if (status != 0) {
-      ADD_FAILURE() << (status < 0 ? "no end by itself" : "exit status " + std::to_string(status))
-                    << "\nstdout:\n"
-                    << output("stdout") << "stderr:\n"
-                    << output("stderr");
-    }
+    EXPECT_EQ(status, 0) << "(-1: no end by itself)\nstdout:\n"
+                         << output("stdout") << "stderr:\n"
+                         << output("stderr");
     return status == 0;
   }
 
-  // stdout and stderr of all runs so far; the run logs or the error logs in name order.
+  // stdout or stderr of all runs so far; the run logs or the error logs in name order.
   std::string output(const std::string& word) const {
     if (word == "stdout" || word == "stderr") {
       return fileText(directory_ + "/" + word + ".txt");
@@ -228,14 +211,16 @@ private:
     return text;
   }
 
-  void expectRows(const std::vector<std::string>& body) {
+  void expectRows(std::vector<std::string> expected) {
     std::string query;
-    auto line = body.begin();
-    while (line != body.end() && (query.empty() || query.back() != ';')) {
-      query += (query.empty() ? "" : "\n") + *line++;
+    while (!expected.empty() && (query.empty() || query.back() != ';')) {
+      query += (query.empty() ? "" : "\n") + expected.front();
       query.erase(query.find_last_not_of(" \t") + 1);
+      expected.erase(expected.begin());
     }
-    const std::vector<std::string> expected(line, body.end());
+    while (!expected.empty() && expected.back().find_first_not_of(" \t") == std::string::npos) {
+      expected.pop_back();
+    }
     std::vector<std::string> actual;
     for (const auto& row : pqxx::nontransaction(sql_).exec(query)) {
       std::string text;
@@ -252,21 +237,6 @@ private:
     }
   }
 
-  void expectOutput(const Directive& directive, bool present) {
-    const std::string text = output(directive.argument);
-    std::size_t at = 0;
-    for (const std::string& line : directive.body) {
-      const std::size_t found = text.find(line, at);
-      if (!line.empty() && present == (found == std::string::npos)) {
-        ADD_FAILURE() << "\"" << line << (present ? "\" does not follow in " : "\" occurs in ")
-                      << directive.argument << ":\n"
-                      << text.substr(at);
-        return;
-      }
-      at = present ? found + line.size() : 0;
-    }
-  }
-
   ThrowawayDatabase db_;
   pqxx::connection sql_;
   std::string directory_;
@@ -274,35 +244,31 @@ private:
   std::size_t awaited_ = 0;
 };
 
-void runScenario(const fs::path& path) {
-  std::string directory = (fs::temp_directory_path() / "vek-run.XXXXXX").string();
-  if (mkdtemp(directory.data()) == nullptr) {
-    FAIL() << "cannot make a working directory";
-  }
-  try {
-    const std::vector<Directive> directives = parse(path);
-    Scenario scenario(path.stem(), directory);
-    for (const Directive& directive : directives) {
-      const ::testing::ScopedTrace trace(path.c_str(), directive.line,
-                                         "--- " + directive.word + " " + directive.argument);
-      if (!scenario.perform(directive)) {
-        break;
-      }
-    }
-  } catch (const std::exception& e) {
-    ADD_FAILURE() << path << ": " << e.what();
-  }
-  if (::testing::Test::HasFailure()) {
-    std::cout << "the runs' files are kept in " << directory << "\n";
-  } else {
-    fs::remove_all(directory);
-  }
-}
-
 class ScenarioCase : public ::testing::Test {
 public:
   explicit ScenarioCase(fs::path path) : path_(std::move(path)) {}
-  void TestBody() override { runScenario(path_); }
+
+  void TestBody() override {
+    std::string directory = (fs::temp_directory_path() / "vek-run.XXXXXX").string();
+    ASSERT_NE(mkdtemp(directory.data()), nullptr);
+    try {
+      Scenario scenario(path_.stem(), directory);
+      for (const Directive& d : parse(path_)) {
+        const ::testing::ScopedTrace trace(path_.c_str(), d.line,
+                                           "--- " + d.word + " " + d.argument);
+        if (!scenario.perform(d)) {
+          break;
+        }
+      }
+    } catch (const std::exception& e) {
+      ADD_FAILURE() << path_ << ": " << e.what();
+    }
+    if (HasFailure()) {
+      std::cout << "the runs' files are kept in " << directory << "\n";
+    } else {
+      fs::remove_all(directory);
+    }
+  }
 
 private:
   fs::path path_;

@@ -18,7 +18,8 @@
 //   --- start -id 2      vek as for run, left running while the next directives go on
 //   --- await pause: 30  waits (60 s) until the started run prints the text, after the
 //                        text it matched last
-//   --- signal 15        sends the signal to the started run: it must end with status 0
+//   --- signal 15        sends the signal to the started run (0: none), which must then end
+//                        by itself (60 s) with status 0
 
 #include <string>
 
