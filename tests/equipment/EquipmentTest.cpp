@@ -1,323 +1,162 @@
-// Module, motor, bearing and the visualizations of a module, read from real rows.
-#include <algorithm>
-#include <string>
-#include <vector>
+// The equipment objects read from real rows, each printed as its fields joined by "|" and compared
+// whole. Ids rise in insertion order, so rows come back in that order however the server joins.
+#include <sstream>
+#include <type_traits>
 
-#include "BarePlantTest.h"
+#include "assessment/Status.h"
 #include "equipment/Aggregate.h"
 #include "equipment/DataBearing.h"
 #include "equipment/DataMotor.h"
 #include "equipment/Module.h"
 #include "equipment/Visualization.h"
-#include "support/TypicalPlant.h"
+#include "support/StoreTest.h"
+
+// Lists, each item followed by ","; visualizations by their ids.
+template <typename T> std::ostream& operator<<(std::ostream& out, const std::vector<T>& items) {
+  for (const auto& item : items)
+    out << item << ",";
+  return out;
+}
+std::ostream& operator<<(std::ostream& out, const visualization& v) {
+  return out << v.id;
+}
 
 namespace {
 
-using namespace vek_test;
-
-// An organization three hours east of UTC, with one site, one gateway and one machine.
-PlantBuilder site() {
-  PlantBuilder plant;
-  plant.add(OrganizationRow("plant-east").utc("UTC+3:00"))
-      .add(NodeRow(1, "plant-east"))
-      .add(GatewayRow(5, 1))
-      .add(AggregateRow(3, 1).equipmentType(1).name("pump 1"))
-      .add(ControlPointRow(11, 3).weight(1.0));
-  return plant;
+// The fields joined by "|" and ended by a blank; floats to 6 digits, doubles to 10.
+template <typename... T> std::string line(const T&... fields) {
+  std::ostringstream out;
+  ((out.precision(std::is_same_v<T, float> ? 6 : 10), out << fields << '|'), ...);
+  std::string text = out.str() + " ";
+  for (auto end = text.find('\n'); end != text.npos; end = text.find('\n', end))
+    text.replace(end, 1, "\\n");
+  return text;
 }
 
-class ModuleTest : public BarePlantTest {};
-
-TEST_F(ModuleTest, ReadsTheRowTheMachineAndTheOrganization) {
-  PlantBuilder plant = site();
-  plant
-      .add(ModuleRow(7, 42, 10)
-               .revision(2)
-               .config(0x8000001F)
-               .period(5)
-               .gateway(5)
-               .multichannel(true))
-      .add(ChannelRow(100, 42).axisOrder("xyz"))
-      .add(BindingRow(100, 11));
-  plant.insert(sql());
-
-  Module module(&store(), 42);
-  EXPECT_EQ(module.source, 42);
-  EXPECT_EQ(module.id, 7);
-  EXPECT_EQ(module.type_module, 10);
-  EXPECT_EQ(module.revision, 2);
-  EXPECT_EQ(module.config, 0x8000001Fu);
-  EXPECT_EQ(module.broadcasting_period, 5);
-  EXPECT_EQ(module.gateway_id, 5);
-  EXPECT_TRUE(module.multichannel);
-  EXPECT_EQ(module.aggregate_id, 3);
-  EXPECT_EQ(module.utc_value, "+3:00");
-  EXPECT_EQ(module.organization_alias, "plant-east");
-  // The loop uses the fields as the constructor left them; only readData judges them.
-  EXPECT_FALSE(module.valid);
-  EXPECT_EQ(module.message, "");
-  EXPECT_TRUE(module.readData());
-  EXPECT_TRUE(module.valid);
-  EXPECT_EQ(module.message, "");
-  EXPECT_EQ(module.print(), "42 : 10 2\n");
+// The text broken at blanks into lines of at most 100 characters, for reading.
+std::string wrapped(std::string text) {
+  for (std::size_t start = 0, blank = 0; (blank = text.find(' ', blank + 1)) != text.npos;)
+    if (std::min(text.find(' ', blank + 1), text.size()) - start > 100)
+      text[start = blank] = '\n';
+  return text;
 }
 
-TEST_F(ModuleTest, UnknownModuleIsRejectedWithItsNumber) {
-  Module module(&store(), 77);
-  EXPECT_EQ(module.type_module, 0);
-  EXPECT_EQ(module.config, 0x80000000u) << "the word of a module without configuration";
-  EXPECT_FALSE(module.readData());
-  EXPECT_FALSE(module.valid);
-  EXPECT_EQ(module.message, "data of module: 77 is incorrect\n");
-  EXPECT_EQ(module.print(), "77 : 0 0\n");
-}
+class EquipmentTest : public vek_test::StoreTest {};
 
-TEST_F(ModuleTest, NullColumnsAndNoActiveBindingLeaveDefaults) {
-  PlantBuilder plant = site();
-  plant.add(ModuleRow(8, 43, 3)).add(ChannelRow(101, 43)).add(BindingRow(101, 11).active(false));
-  plant.insert(sql());
-
-  Module module(&store(), 43);
-  EXPECT_EQ(module.type_module, 3);
-  EXPECT_EQ(module.id, 8);
-  EXPECT_EQ(module.config, 0u) << "a NULL configuration text is not converted";
-  EXPECT_EQ(module.revision, 0);
-  EXPECT_EQ(module.broadcasting_period, 0);
-  EXPECT_EQ(module.gateway_id, 0);
-  EXPECT_FALSE(module.multichannel);
-  EXPECT_EQ(module.aggregate_id, 0) << "an inactive binding leads to no machine";
-  EXPECT_EQ(module.utc_value, "");
-  EXPECT_EQ(module.organization_alias, "");
-  EXPECT_TRUE(module.readData());
-}
-
-class DataMotorTest : public BarePlantTest {};
-
-TEST_F(DataMotorTest, NameplateDecidesValidity) {
-  PlantBuilder plant;
-  plant.add(MotorRow(1).nameplate(55, 1480, 98, 380, 4, 2))
-      .add(MotorRow(2).nameplate(1, 1480, 98, 380, 4, 2))
-      .add(MotorRow(3).nameplate(55, 1, 98, 380, 4, 2))
-      .add(MotorRow(4).nameplate(55, 1480, 98, 380, 0, 2))
-      .add(MotorRow(5).power("2").speed("2").poles("1"))
-      .add(MotorRow(6).power("55").poles("4"));
-  plant.insert(sql());
-
-  const DataMotor motor(&store(), 1);
-  EXPECT_TRUE(motor.valid);
-  EXPECT_EQ(motor.power, 55);
-  EXPECT_EQ(motor.speed, 1480);
-  EXPECT_EQ(motor.i, 98);
-  EXPECT_EQ(motor.u, 380);
-  EXPECT_EQ(motor.p2, 4);
-  EXPECT_EQ(motor.class_vibro, 2);
-  EXPECT_EQ(motor.print(), "1 55 1480\n");
-  EXPECT_EQ(motor.message, "") << "an invalid motor's log line is empty, so is a valid one's";
-
-  EXPECT_FALSE(DataMotor(&store(), 2).valid) << "power 1";
-  EXPECT_FALSE(DataMotor(&store(), 3).valid) << "speed 1";
-  EXPECT_FALSE(DataMotor(&store(), 4).valid) << "no poles";
-  EXPECT_TRUE(DataMotor(&store(), 5).valid) << "the smallest usable nameplate";
-  const DataMotor without_speed(&store(), 6);
-  EXPECT_FALSE(without_speed.valid) << "a NULL speed stays 0";
-  EXPECT_EQ(without_speed.speed, 0);
-  EXPECT_EQ(without_speed.p2, 4);
-
-  const DataMotor missing(&store(), 0);
-  EXPECT_FALSE(missing.valid);
-  EXPECT_EQ(missing.power, 0);
-  EXPECT_EQ(missing.message, "");
-}
-
-TEST_F(DataMotorTest, UnreadableColumnKeepsWhatWasReadBeforeIt) {
-  PlantBuilder plant;
-  plant.add(MotorRow(9).power("55").speed("abc").poles("4"));
-  plant.insert(sql());
-  const DataMotor motor(&store(), 9);
-  EXPECT_FALSE(motor.valid);
-  EXPECT_EQ(motor.power, 55);
-  EXPECT_EQ(motor.p2, 0) << "columns after the bad one are not read";
-  EXPECT_NE(logText().find("Invalid data in the table MOTOR\n"), std::string::npos);
-}
-
-class DataBearingTest : public BarePlantTest {};
-
-TEST_F(DataBearingTest, GeometryDerivedValuesAndValidity) {
-  PlantBuilder plant;
-  plant.add(BearingRow(1).geometry(7.9, 9, 1, 25.0, 52.0, 15.0))
-      .add(BearingRow(2).geometry(0.0, 0, 3, 0.0, 0.0, 0.0))
-      .add(BearingRow(3).geometry(7.9, 4, 1, 25.0, 52.0, 0.0))
-      .add(BearingRow(4).geometry(0.0, 9, 1, 25.0, 52.0, 0.0))
-      .add(BearingRow(5).countBalls(9).typeBearing(1));
-  plant.insert(sql());
-
-  const DataBearing bearing(&store(), 1);
-  EXPECT_TRUE(bearing.valid);
-  EXPECT_EQ(bearing.count_balls, 9);
-  EXPECT_EQ(bearing.type_bearing, 1);
-  EXPECT_DOUBLE_EQ(bearing.ball_diameter, 7.9);
-  EXPECT_DOUBLE_EQ(bearing.mean_diameter, 38.5);
-  // 3.14159265 / 12 by hand; pi to full precision would give 0.26179938779914941.
-  EXPECT_DOUBLE_EQ(bearing.angle_rad, 0.2617993875);
-  EXPECT_EQ(bearing.print(), "7.900000 9 38.500000");
-
-  EXPECT_TRUE(DataBearing(&store(), 2).valid) << "a plain bearing needs no geometry";
-  EXPECT_FALSE(DataBearing(&store(), 3).valid) << "four rolling elements";
-  EXPECT_FALSE(DataBearing(&store(), 4).valid) << "no ball diameter";
-  const DataBearing without_diameters(&store(), 5);
-  EXPECT_FALSE(without_diameters.valid) << "NULL diameters stay 0";
-  EXPECT_EQ(without_diameters.mean_diameter, 0.0);
-  EXPECT_FALSE(DataBearing(&store(), 0).valid) << "no bearing";
-}
-
-class VisualizationTest : public BarePlantTest {
-protected:
-  // Module 42: channel 100 on point 11 and channel 101 on point 12, with parameters of the
-  // three classes, one inactive and one with ACTIVE NULL.
-  void SetUp() override {
-    BarePlantTest::SetUp();
-    PlantBuilder plant;
-    plant
-        .add(VisualizationRow(1, 42, "V_RMS")
-                 .typeParam(1)
-                 .channel(100)
-                 .controlPoint(11)
-                 .thresholds(2.8, 4.5, 7.1))
-        .add(VisualizationRow(2, 42, "TEMP").typeParam(2).channel(100).controlPoint(11))
-        .add(VisualizationRow(3, 42, "DEFECT").typeParam(3).channel(100).controlPoint(11))
-        .add(VisualizationRow(4, 42, "A_RMS")
-                 .typeParam(1)
-                 .channel(100)
-                 .controlPoint(11)
-                 .active(false))
-        .add(VisualizationRow(5, 42, "V_PEAK").typeParam(1).channel(101).controlPoint(12))
-        .add(VisualizationRow(6, 42, "KURT")
-                 .typeParam(3)
-                 .channel(100)
-                 .controlPoint(11)
-                 .setNull("active"))
-        .add(VisualizationRow(7, 42, "HIDDEN")
-                 .typeParam(1)
-                 .channel(100)
-                 .controlPoint(11)
-                 .withoutObservedParam())
-        .add(VisualizationRow(8, 43, "V_RMS").typeParam(1).channel(100).controlPoint(11));
-    plant.insert(sql());
+TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
+  exec(R"(INSERT INTO organization_object VALUES ('plant','UTC+3:00',0);
+    INSERT INTO observed_node VALUES (1,'plant'); INSERT INTO list_of_messages VALUES ('30',true);
+    INSERT INTO aggregate VALUES (3,1,4,1,2,30,'2024-01-01','pump'),(4,1,0,8,0,0,NULL,'valve'),
+      (5,1,0,11,0,0,NULL,'tank'),(6,77,0,1,0,0,NULL,'at no node');
+    INSERT INTO control_point VALUES (11,3,1.5),(12,3,0.5),(14,3,2),(15,3,NULL),(21,99,1),(22,6,1),
+      (31,4,1),(41,5,1);
+    INSERT INTO control_point_motor VALUES (11,1),(12,2),(31,1),(41,1);
+    INSERT INTO control_point_bearing VALUES (11,1),(11,2),(31,1),(41,1);
+    INSERT INTO motor VALUES (1,55,1480,98,380,4,2),(2,1,1480,98,380,4,2),(3,55,1,98,380,4,2),
+      (4,55,1480,98,380,0,2),(5,2,2,NULL,NULL,1,NULL);
+    INSERT INTO bearing VALUES (1,7.9,9,1,25,52,15),(2,0,0,3,0,0,0),(3,7.9,4,1,25,52,0),
+      (4,0,9,1,25,52,0),(5,7.9,9,1,0,0,0),(6,7.9,5,1,25,52,0);
+    INSERT INTO module VALUES (7,40,1,5,6,'0x8000001F',true,2);
+    INSERT INTO channel VALUES (98,40),(99,42),(100,42),(101,42),(102,42),(103,42),(104,42),
+      (120,44),(130,45),(140,46),(150,47);
+    INSERT INTO channel_contol_point VALUES (98,11,true),(99,0,true),(100,11,true),(101,11,true),
+      (102,12,true),(103,13,false),(104,23,true),(120,31,true),(130,41,true),(140,21,true),
+      (150,22,true);
+    INSERT INTO observed_param (name) VALUES ('A'),('B'),('C'),('D'),('E'),('F'),('V'),('W');
+    INSERT INTO visualization (id,source,name_param,type_param,channel_id,control_point_id,active)
+      VALUES (1,42,'A',1,100,11,true),(2,42,'B',2,100,11,true),(3,42,'C',3,100,11,true),
+      (4,42,'D',1,100,11,false),(5,42,'E',1,101,12,true),(6,42,'F',3,100,11,NULL),
+      (7,42,'X',1,100,11,true);)");
+  std::string text = "\n";
+  for (const long source : {40, 77}) {
+    Module m(&store(), source);
+    const bool judged_before = m.valid, read = m.readData();
+    text += line(m.id, m.type_module, m.revision, m.config, m.broadcasting_period, m.gateway_id,
+                 m.multichannel, m.aggregate_id, m.utc_value, m.organization_alias, judged_before,
+                 read, m.valid, m.message, m.print());
   }
-
-  static std::vector<int> ids(const std::vector<visualization>& list) {
-    std::vector<int> result;
-    for (const auto& item : list) {
-      result.push_back(item.id);
-    }
-    return result;
+  for (const int id : {1, 2, 3, 4, 5, 6}) {
+    const DataMotor m(&store(), id);
+    const DataBearing b(&store(), id);
+    text += line(m.id, m.power, m.speed, m.i, m.u, m.p2, m.class_vibro, m.valid, m.message) +
+            line(b.ball_diameter, b.count_balls, b.type_bearing, b.inner_diameter,
+                 b.external_diameter, b.angle, b.angle_rad, b.mean_diameter, b.valid, b.message);
   }
-
-  // The ids of the stored rows of the given types, type by type, each in stored order. The
-  // server returns the rows in an order of its choosing (no ORDER BY); the filters must keep
-  // it within a type.
-  static std::vector<int> storedIds(const Visualization& visualization,
-                                    const std::vector<int>& types,
-                                    const std::vector<int>& allowed = {}) {
-    std::vector<int> result;
-    for (const int type : types) {
-      for (const auto& item : visualization.visualizations) {
-        const bool listed =
-            allowed.empty() || std::find(allowed.begin(), allowed.end(), item.id) != allowed.end();
-        if (item.type_param == type && listed) {
-          result.push_back(item.id);
-        }
-      }
-    }
-    return result;
+  text += line(DataMotor(&store(), 1).print(), DataBearing(&store(), 1).print());
+  for (const long source : {42, 44, 45, 46, 47, 49}) {
+    const Aggregate a(&store(), source, &log(), "2024-05-01 10:00:00", nullptr);
+    text += line(a.id, a.type_aggregate_id, a.type_equipment_id, a.status_type, a.rul_days,
+                 a.trend_start, a.name, a.organization_alias, a.no_channels, a.no_aggregate);
+    for (const auto& [id, weight] : a.control_points_weight)
+      text += std::to_string(id) + ":" + line(weight);
+    for (const auto& p : a.control_points)
+      text += line(p.id, p.channel_ids, p.motor_id, p.bearing_ids);
   }
-};
-
-TEST_F(VisualizationTest, TypesGroupInTheGivenOrderAndKeepInactiveRows) {
-  const Visualization visualization(&store(), 42);
-  EXPECT_TRUE(visualization.verify());
-  ASSERT_EQ(visualization.visualizations.size(), 6u)
-      << "another module's rows and a parameter without observed_param are not read";
-  EXPECT_EQ(visualization.source, 42);
-
-  const auto class_3_then_1 = ids(visualization.getData({3, 1}));
-  EXPECT_EQ(class_3_then_1, storedIds(visualization, {3, 1}));
-  ASSERT_EQ(class_3_then_1.size(), 5u) << "inactive rows are kept";
-  EXPECT_TRUE((class_3_then_1[0] == 3 && class_3_then_1[1] == 6) ||
-              (class_3_then_1[0] == 6 && class_3_then_1[1] == 3))
-      << "class 3 comes first";
-  EXPECT_EQ(ids(visualization.getData({1, 2, 3})), storedIds(visualization, {1, 2, 3}));
-  EXPECT_EQ(ids(visualization.getData({2, 2})), (std::vector<int>{2, 2}))
-      << "a type given twice gives its rows twice";
-  EXPECT_TRUE(visualization.getData({4}).empty());
-  EXPECT_TRUE(visualization.getData({}).empty());
-}
-
-TEST_F(VisualizationTest, ChannelFormKeepsOnlyActiveRowsOfThatChannelAndPoint) {
-  const Visualization visualization(&store(), 42);
-  EXPECT_EQ(ids(visualization.getData({1, 2, 3}, 100, 11)), (std::vector<int>{1, 2, 3}))
-      << "inactive and NULL-active rows are left out";
-  EXPECT_EQ(ids(visualization.getData({3, 1}, 100, 11)), (std::vector<int>{3, 1}));
-  EXPECT_EQ(ids(visualization.getData({1, 1}, 100, 11)), (std::vector<int>{1, 1}));
-  EXPECT_EQ(ids(visualization.getData({1}, 101, 12)), (std::vector<int>{5}));
-  EXPECT_TRUE(visualization.getData({1}, 100, 12).empty()) << "channel and point must both match";
-  EXPECT_TRUE(visualization.getData({1}, 101, 11).empty());
-}
-
-TEST_F(VisualizationTest, ReadDataReplacesTheRowsWithWhatIsStoredNow) {
-  Visualization visualization(&store(), 42);
-  exec("UPDATE visualization SET latest_raw_value = 3.25 WHERE id = 1");
-  exec("UPDATE visualization SET active = TRUE WHERE id = 4");
-  visualization.readData();
-  ASSERT_EQ(visualization.visualizations.size(), 6u) << "rows are not appended twice";
-  const auto v_rms = visualization.getData({1}, 100, 11);
-  EXPECT_EQ(ids(v_rms), storedIds(visualization, {1}, {1, 4}));
-  ASSERT_EQ(v_rms.size(), 2u) << "the row made active is taken now";
-  const auto& first = v_rms[0].id == 1 ? v_rms[0] : v_rms[1];
-  EXPECT_DOUBLE_EQ(first.latest_raw_value, 3.25);
-  EXPECT_FLOAT_EQ(first.green, 2.8f);
-  EXPECT_FLOAT_EQ(first.yellow, 4.5f);
-  EXPECT_FLOAT_EQ(first.orange, 7.1f);
-
-  const Visualization empty(&store(), 99);
-  EXPECT_TRUE(empty.visualizations.empty());
-  EXPECT_TRUE(empty.verify());
-}
-
-class TypicalPlantTest : public BarePlantTest {};
-
-TEST_F(TypicalPlantTest, EveryModuleReadsAsAValidModuleOnItsOwnMachine) {
-  PlantBuilder builder;
-  TypicalPlant shape;
-  shape.machines = 3;
-  shape.measurements = 1;
-  shape.samples = 16;
-  addTypicalPlant(builder, shape);
-  builder.insert(sql());
-
-  for (int m = 1; m <= shape.machines; ++m) {
-    SCOPED_TRACE(m);
-    const long source = 1000 + m;
-    Module module(&store(), source);
-    EXPECT_TRUE(module.readData());
-    EXPECT_EQ(module.aggregate_id, m);
-    EXPECT_EQ(module.organization_alias, "plant");
-    EXPECT_EQ(module.utc_value, "+3:00");
-
-    const Aggregate aggregate(&store(), source, &log(), shape.start, nullptr);
-    EXPECT_EQ(aggregate.id, m);
-    ASSERT_EQ(aggregate.control_points.size(), 1u);
-    const control_point& point = aggregate.control_points[0];
-    EXPECT_EQ(point.id, 10 * m + 1);
-    EXPECT_EQ(point.channel_ids, std::vector<int>{100 * m});
-    EXPECT_TRUE(DataMotor(&store(), point.motor_id).valid);
-    ASSERT_EQ(point.bearing_ids.size(), 1u);
-    EXPECT_TRUE(DataBearing(&store(), point.bearing_ids[0]).valid);
-
-    const Visualization visualization(&store(), source);
-    EXPECT_EQ(visualization.getData({1}, 100 * m, 10 * m + 1).size(), 8u);
-    EXPECT_EQ(visualization.getData({2}, 100 * m, 10 * m + 1).size(), 3u);
+  Visualization shown(&store(), 42);
+  text += line(logText().substr(logText().find('\n') + 1), shown.getData({3, 1}),
+               shown.getData({1, 2, 3}), shown.getData({2, 2}), shown.getData({4}),
+               shown.getData({}), shown.getData({1, 2, 3}, 100, 11), shown.getData({3, 1}, 100, 11),
+               shown.getData({1, 1}, 100, 11), shown.getData({1}, 101, 12),
+               shown.getData({1}, 100, 12), shown.getData({1}, 101, 11));
+  // A recalculation judges the last good value stored up to its measurement, smoothed for V.
+  exec(R"(INSERT INTO visualization (id,source,name_param,channel_id,control_point_id,active,
+      green,yellow,orange,kz,middle,corridor_active) VALUES (9,42,'V',100,11,true,2.8,4.5,7.1,1,
+      true,true),(10,42,'W',100,11,true,60,80,95,1,false,true);
+    INSERT INTO result_base (param_info_id,visualization_id,receipt_date,value,middle,status_calc)
+      VALUES (1005,9,'2024-05-01 10:00',3,2.5,0),(1006,9,'2024-05-01 11:00',9,9,1),
+      (1008,9,'2024-05-01 13:00',7.5,7,0),(1009,10,'2024-05-01 14:00',80,85,0);)");
+  shown.readData(); // replaces the rows with those stored now
+  text += line(shown.visualizations, shown.verify());
+  for (const int param_info_id : {1007, 1009}) {
+    Status status(&store(), 42, param_info_id, 100, 11, true);
+    status.readData(shown.getData({0}, 100, 11));
+    status.calculateStatus();
+    text += line(status.print());
   }
+  // The machine's status from its points' statuses weighted by their significance, for {module,
+  // (point, machine, significance, status)}: the valve's is the mean, the pump's the maximum.
+  for (const auto& [source, points] : std::initializer_list<std::pair<long, std::string>>{
+           {44, "(31,4,1.5,2),(32,4,0.5,3),(33,4,1,1.1),(34,4,2,NULL),(35,4,100,0.005)"},
+           {42, "(11,3,2.5,1),(12,3,1,2.5),(13,3,0.25,1)"},
+           {44, "(31,4,1,1.5)"},
+           {44, "(31,4,1,NULL),(32,4,3,0)"}}) {
+    exec("TRUNCATE control_point, notification, status_aggregate");
+    exec("INSERT INTO control_point VALUES " + points);
+    Aggregate machine(&store(), source, &log(), "2024-05-01 10:00:00", nullptr);
+    machine.calculateStatus();
+    machine.writeStatus();
+    machine.writeStatus(); // the same time again replaces the status
+    text += line(
+        machine.status, machine.status_max,
+        scalar("SELECT concat_ws('|', type_message_id, control_point_id, additional_info, "
+               "organization_alias, source, channel_id, gateway_id, status, date_of_creation = "
+               "'2024-05-01 10:00') FROM notification"),
+        scalar("SELECT concat_ws('|', COUNT(*), MAX(status), MAX(aggregate_id), "
+               "MAX(calculated_at) = '2024-05-01 10:00') FROM status_aggregate"),
+        logText().substr(logText().rfind("aggregate: ") + 11));
+  }
+  // Modules 0x8000001F and unknown; motors of power, speed and poles 2, 2, 1 and less; bearings:
+  // pi as 3.14159265 (exactly 0.2617993878), plain, 4 and 5 elements, no ball, no pitch; machines:
+  // the channel that made a shared point keeps it; no drive for valves and static equipment; a
+  // point without machine, at no node, no channel. Machines' status, maximum, message, stored
+  // status, log: points never assessed (34) or of a tiny status (35) are not reckoned; yellow, at
+  // the point weighing most; orange from 2.5 at the first of two; yellow from 1.5; none reckoned.
+  EXPECT_EQ(wrapped(text), R"(
+7|1|2|2147483679|5|6|1|3|+3:00|plant|0|1|1||40 : 1 2\n| 0|0|0|2147483648|0|0|0|0|||0|0|0|data of
+module: 77 is incorrect\n|77 : 0 0\n| 1|55|1480|98|380|4|2|1||
+7.9|9|1|25|52|15|0.2617993875|38.5|1|| 2|1|1480|98|380|4|2|0|| 0|0|3|0|0|0|0|0|1||
+3|55|1|98|380|4|2|0|| 7.9|4|1|25|52|0|0|38.5|0|| 4|55|1480|98|380|0|2|0|| 0|9|1|25|52|0|0|38.5|0||
+5|2|2|0|0|1|0|1|| 7.9|9|1|0|0|0|0|0|0|| 6|0|0|0|0|0|0|0|| 7.9|5|1|25|52|0|0|38.5|1|| 1 55
+1480\n|7.900000 9 38.500000| 3|4|1|2|30|2024-01-01 00:00:00|pump|plant|0|0| 11:1.5| 12:0.5| 14:2|
+15:0| 11|100,|1|1,2,| 12|102,|2|| 23|104,|0|| 4|0|8|0|0||valve|plant|0|0| 31:1| 31|120,|0||
+5|0|11|0|0||tank|plant|0|0| 41:1| 41|130,|0|| 0|0|0|0|0||||0|0| 0|0|0|0|0||||0|0| 0|0|0|0|0||||1|0|
+no channels for module 49\n|3,6,1,4,5,|1,4,5,2,3,6,|2,2,|||1,2,3,|3,1,|1,1,|5,|||
+1,2,3,4,5,6,9,10,|1| calculate status:\nV : 2.79999995/4.5/7.0999999 : 2.5 : 1*1*1 status: 1\nW :
+60/80/95 : 0 : 1*1*1 status: 1\nfinal status: 1\n| calculate status:\nV : 2.79999995/4.5/7.0999999
+: 7 : 1*1*3 status: 3\nW : 60/80/95 : 80 : 1*1*2 status: 2\nfinal status: 2.5\n|
+1.866666675|3|2|31|valve|plant|0|t|1|1.8666667|4|t|1.86666667\n|
+1.75|2.5|3|11|pump|plant|0|t|1|1.75|3|t|1.75\n| 1.5|1.5|2|31|valve|plant|0|t|1|1.5|4|t|1.5\n|
+1|1||1|1|4|t|1\n| )");
 }
 
 } // namespace
