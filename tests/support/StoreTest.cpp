@@ -26,7 +26,8 @@ void StoreTest::SetUp() {
   log_path_ = temporaryFile("store-log");
   log_ = std::make_unique<PrintLog>(false, true, log_path_);
   sql_ = std::make_unique<pqxx::connection>(database_->connectionString());
-  store_ = makeStore(log_.get());
+  store_ = std::make_unique<WorkPostgreSQL>(database_->host(), database_->name(), database_->user(),
+                                            "", log_.get());
 }
 
 void StoreTest::TearDown() {
@@ -59,12 +60,6 @@ pqxx::result StoreTest::query(const std::string& statement) {
 std::string StoreTest::scalar(const std::string& statement) {
   const pqxx::result rows = query(statement);
   return rows.empty() || rows[0].empty() || rows[0][0].is_null() ? "" : rows[0][0].c_str();
-}
-
-std::unique_ptr<WorkPostgreSQL> StoreTest::makeStore(PrintLog* other_log,
-                                                     std::chrono::milliseconds pause) const {
-  return std::make_unique<WorkPostgreSQL>(database_->host(), database_->name(), database_->user(),
-                                          "", other_log, pause);
 }
 
 std::string StoreTest::temporaryFile(const std::string& stem) {

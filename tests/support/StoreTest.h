@@ -6,7 +6,6 @@
 // starts from the bare schema); each test gets a store logging to a file of its own and a
 // plain connection beside it. Without the server every test FAILS with the reason.
 
-#include <chrono>
 #include <gtest/gtest.h>
 #include <memory>
 #include <pqxx/pqxx>
@@ -40,10 +39,6 @@ protected:
   pqxx::result query(const std::string& statement);
   std::string scalar(const std::string& statement);
 
-  // Another store on the suite's database, logging to other_log (borrowed).
-  std::unique_ptr<WorkPostgreSQL>
-  makeStore(PrintLog* other_log,
-            std::chrono::milliseconds reconnect_pause = WorkPostgreSQL::kReconnectPause) const;
   static const ThrowawayDatabase& database() { return *database_; }
   // A file name in the temporary directory, unique in this process, removed in TearDown.
   std::string temporaryFile(const std::string& stem);
