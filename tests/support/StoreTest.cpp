@@ -1,28 +1,76 @@
 #include "support/StoreTest.h"
 
+#include <cctype>
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <unistd.h>
 
 namespace vek_test {
 
-std::unique_ptr<ThrowawayDatabase> StoreTest::database_;
-std::string StoreTest::setup_error_;
+namespace {
 
-void StoreTest::SetUpTestSuite() {
-  setup_error_.clear();
-  const auto* suite = ::testing::UnitTest::GetInstance()->current_test_suite();
-  try {
-    database_ = std::make_unique<ThrowawayDatabase>(suite != nullptr ? suite->name() : "suite");
-  } catch (const std::exception& e) {
-    setup_error_ = e.what();
+std::string environment(const char* variable, const char* fallback) {
+  const char* value = std::getenv(variable);
+  return value == nullptr || *value == '\0' ? fallback : value;
+}
+
+} // namespace
+
+ThrowawayDatabase::ThrowawayDatabase(const std::string& label)
+    : host_(environment("VEK_PGHOST", "")), user_(environment("VEK_PGUSER", "postgres")),
+      name_("vek_test_") {
+  if (host_.empty()) {
+    throw std::runtime_error("VEK_PGHOST is not set: database tests must run under "
+                             "scripts/with-postgres (e.g. scripts/with-postgres ctest ...)");
+  }
+  // Lower-case letters, digits and underscores, within PostgreSQL's 63 characters.
+  for (std::size_t i = 0; i < label.size() && i < 24; ++i) {
+    const auto c = static_cast<unsigned char>(label[i]);
+    name_ += std::isalnum(c) != 0 ? static_cast<char>(std::tolower(c)) : '_';
+  }
+  static int counter = 0;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  name_ += "_" + std::to_string(getpid()) + "_" + std::to_string(counter++) + "_" +
+           std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(now).count() %
+                          1000000000);
+  pqxx::connection admin("host=" + host_ + " dbname=postgres user=" + user_);
+  // CREATE DATABASE refuses a template that another session has open at that moment; such a
+  // session is short, so try a few times.
+  for (int attempt = 0;; ++attempt) {
+    try {
+      pqxx::nontransaction(admin).exec("CREATE DATABASE " + name_ + " TEMPLATE " +
+                                       environment("VEK_PGTEMPLATE", "vek_template"));
+      return;
+    } catch (const pqxx::sql_error& e) {
+      if (attempt == 20 || std::string(e.what()).find("being accessed") == std::string::npos) {
+        throw std::runtime_error("cannot create test database " + name_ + ": " + e.what());
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
   }
 }
 
+ThrowawayDatabase::~ThrowawayDatabase() {
+  try {
+    pqxx::connection admin("host=" + host_ + " dbname=postgres user=" + user_);
+    pqxx::nontransaction(admin).exec("DROP DATABASE IF EXISTS " + name_ + " WITH (FORCE)");
+  } catch (const std::exception&) {
+    // The whole cluster goes when the test command ends; a database left here costs nothing.
+  }
+}
+
+std::unique_ptr<ThrowawayDatabase> StoreTest::database_;
+
 void StoreTest::SetUp() {
-  ASSERT_TRUE(database_) << "no test database: " << setup_error_;
+  if (!database_) { // a failure to create it fails the test with the reason
+    database_ = std::make_unique<ThrowawayDatabase>(
+        ::testing::UnitTest::GetInstance()->current_test_info()->test_suite_name());
+  }
   log_path_ = temporaryFile("store-log");
   log_ = std::make_unique<PrintLog>(false, true, log_path_);
   sql_ = std::make_unique<pqxx::connection>(database_->connectionString());
@@ -30,31 +78,16 @@ void StoreTest::SetUp() {
                                             "", log_.get());
 }
 
-void StoreTest::TearDown() {
-  store_.reset();
-  sql_.reset();
-  log_.reset();
+StoreTest::~StoreTest() {
   for (const auto& path : temporary_files_) {
     std::remove(path.c_str());
   }
-  temporary_files_.clear();
 }
 
 std::string StoreTest::fileText(const std::string& path) {
-  std::ifstream in(path);
   std::ostringstream text;
-  text << in.rdbuf();
+  text << std::ifstream(path).rdbuf();
   return text.str();
-}
-
-void StoreTest::exec(const std::string& statements) {
-  pqxx::work work(*sql_);
-  work.exec(statements);
-  work.commit();
-}
-
-pqxx::result StoreTest::query(const std::string& statement) {
-  return pqxx::nontransaction(*sql_).exec(statement);
 }
 
 std::string StoreTest::scalar(const std::string& statement) {

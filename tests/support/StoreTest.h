@@ -1,10 +1,10 @@
 #pragma once
 
-// The fixture of tests that talk to PostgreSQL: derive from vek_test::StoreTest, link
-// vek_test_support and run under scripts/with-postgres. Each suite gets a fresh database from
-// the schema template (under ctest every test runs in a process of its own, so each test
-// starts from the bare schema); each test gets a store logging to a file of its own and a
-// plain connection beside it. Without the server every test FAILS with the reason.
+// The fixtures of tests against the throwaway PostgreSQL of scripts/with-postgres. A test
+// deriving from vek_test::StoreTest gets a fresh database from the schema template (under ctest
+// every test runs in a process of its own, so each starts from the bare schema), a store
+// logging to a file of its own and a plain connection beside it. Without the server every
+// test FAILS with the reason.
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -14,38 +14,61 @@
 
 #include "logging/PrintLog.h"
 #include "store/WorkPostgreSQL.h"
-#include "support/ThrowawayDatabase.h"
 
 namespace vek_test {
 
+// A database of its own, copied from the template (VEK_PGHOST, VEK_PGUSER, VEK_PGTEMPLATE) and
+// dropped with the object; its name, unique over processes and time, holds label. Throws with
+// the reason when not under scripts/with-postgres or refused.
+class ThrowawayDatabase {
+public:
+  explicit ThrowawayDatabase(const std::string& label);
+  ~ThrowawayDatabase();
+  ThrowawayDatabase(const ThrowawayDatabase&) = delete;
+  ThrowawayDatabase& operator=(const ThrowawayDatabase&) = delete;
+  const std::string& name() const { return name_; }
+  const std::string& host() const { return host_; }
+  const std::string& user() const { return user_; }
+  std::string connectionString() const {
+    return "host=" + host_ + " dbname=" + name_ + " user=" + user_;
+  }
+
+private:
+  std::string host_, user_, name_;
+};
+
 class StoreTest : public ::testing::Test {
+public:
+  // The whole text of a file, "" when it does not exist.
+  static std::string fileText(const std::string& path);
+
 protected:
-  static void SetUpTestSuite();
+  ~StoreTest() override;
   static void TearDownTestSuite() { database_.reset(); }
   void SetUp() override;
-  void TearDown() override;
 
   WorkPostgreSQL& store() { return *store_; }
   // The store's log and everything written to it so far (file lines only).
   PrintLog& log() { return *log_; }
   std::string logText() const { return fileText(log_path_); }
-  // The whole text of a file, "" when it does not exist.
-  static std::string fileText(const std::string& path);
-
   // The plain connection; exec() runs statements in one committed transaction, query() one
   // query, scalar() its first field as text ("" for no row or NULL).
   pqxx::connection& sql() { return *sql_; }
-  void exec(const std::string& statements);
-  pqxx::result query(const std::string& statement);
+  void exec(const std::string& statements) {
+    pqxx::work work(*sql_);
+    work.exec(statements);
+    work.commit();
+  }
+  pqxx::result query(const std::string& statement) {
+    return pqxx::nontransaction(*sql_).exec(statement);
+  }
   std::string scalar(const std::string& statement);
-
   static const ThrowawayDatabase& database() { return *database_; }
-  // A file name in the temporary directory, unique in this process, removed in TearDown.
+  // A file name in the temporary directory, unique in this process, removed with the test.
   std::string temporaryFile(const std::string& stem);
 
 private:
   static std::unique_ptr<ThrowawayDatabase> database_;
-  static std::string setup_error_;
   std::vector<std::string> temporary_files_;
   std::string log_path_;
   std::unique_ptr<PrintLog> log_;
