@@ -19,20 +19,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
-// A run over a handful of rows ends within seconds; one that waits for new rows never does.
-constexpr auto kLimit = std::chrono::seconds(60);
 
-struct Directive {
-  std::string word, argument;
-  int line;
-  std::vector<std::string> body;
-};
-
-// Polls until done() holds or the limit has passed; whether done() held.
+// Polls until done() holds, for at most a minute: a run over a handful of rows ends within
+// seconds, one that waits for new rows never does. Whether done() held.
 template <typename Done> bool within(Done done) {
-  for (const auto deadline = Clock::now() + kLimit; !done();
+  for (const auto end = Clock::now() + std::chrono::seconds(60); !done();
        std::this_thread::sleep_for(std::chrono::milliseconds(50)))
-    if (Clock::now() > deadline)
+    if (Clock::now() > end)
       return false;
   return true;
 }
@@ -42,36 +35,37 @@ class Scenario : public ::testing::Test {
 public:
   explicit Scenario(fs::path path) : path_(std::move(path)) {}
 
+  // Reads the file line by line and performs each directive once its body has been read.
   void TestBody() override {
-    std::vector<Directive> ds;
-    std::ifstream in(path_);
-    bool heading = true; // before the first directive or among a directive's comment lines
-    std::string line;
-    for (int number = 1; std::getline(in, line); ++number) {
-      if (line.rfind("--- ", 0) == 0) {
-        std::istringstream words(line.substr(4));
-        ds.push_back({"", "", number, {}});
-        std::getline(words >> ds.back().word >> std::ws, ds.back().argument);
-        heading = true;
-      } else if (!heading || (!line.empty() && line[0] != '#')) {
-        ASSERT_FALSE(ds.empty()) << path_ << ":" << number << ": text before a directive";
-        heading = false;
-        ds.back().body.push_back(line);
-      }
-    }
-    ASSERT_FALSE(ds.empty()) << "no directive in " << path_;
     directory_ = (fs::temp_directory_path() / "vek-run.XXXXXX").string();
     ASSERT_NE(mkdtemp(directory_.data()), nullptr);
     try {
       db_.emplace(path_.stem());
       sql_.emplace(db_->connectionString());
-      for (Directive& d : ds) {
-        while (!d.body.empty() && d.body.back().find_first_not_of(" \t") == std::string::npos)
-          d.body.pop_back(); // trailing blank lines
-        const ::testing::ScopedTrace trace(path_.c_str(), d.line,
-                                           "--- " + d.word + " " + d.argument);
-        if (!perform(d))
-          break;
+      std::ifstream in(path_);
+      std::string word, argument, line;
+      std::vector<std::string> body;
+      bool heading = true; // before the first directive or among a directive's comment lines
+      for (int number = 1, at = 0; at >= 0; ++number) { // at: the directive's line, 0 before one
+        const bool read = static_cast<bool>(std::getline(in, line));
+        if (!read || line.rfind("--- ", 0) == 0) {
+          while (!body.empty() && body.back().find_first_not_of(" \t") == std::string::npos)
+            body.pop_back(); // trailing blank lines
+          const ::testing::ScopedTrace trace(path_.c_str(), at, "--- " + word + " " + argument);
+          if (at == 0 && !read)
+            throw std::runtime_error("no directive");
+          if (at > 0 && !perform(word, argument, body))
+            break;
+          std::istringstream words(read ? line.substr(4) : "");
+          word.clear(), argument.clear(), body.clear(), heading = true, at = read ? number : -1;
+          std::getline(words >> word >> std::ws, argument);
+        } else if (!heading || (!line.empty() && line[0] != '#')) {
+          if (at == 0)
+            throw std::runtime_error("line " + std::to_string(number) +
+                                     ": text before a directive");
+          heading = false;
+          body.push_back(line);
+        }
       }
     } catch (const std::exception& e) {
       ADD_FAILURE() << path_ << ": " << e.what();
@@ -85,47 +79,47 @@ public:
 
 private:
   // False when the file cannot go on.
-  bool perform(const Directive& d) {
-    const std::string& w = d.word;
+  bool perform(const std::string& w, const std::string& argument,
+               const std::vector<std::string>& body) {
     if (w == "sql") {
       pqxx::work work(*sql_);
       std::string statements;
-      for (const std::string& line : d.body)
+      for (const std::string& line : body)
         statements += line + "\n";
       work.exec(statements);
       work.commit();
     } else if (w == "run" || w == "start") {
-      start(d.argument);
+      start(argument);
       return w == "start" || ended();
     } else if (w == "signal" && pid_ > 0) {
-      kill(pid_, std::stoi(d.argument));
+      kill(pid_, std::stoi(argument));
       return ended();
     } else if (w == "await") {
       std::size_t at = std::string::npos;
       if (!within([&] {
-            return (at = output("stdout").find(d.argument, awaited_)) != std::string::npos;
+            return (at = output("stdout").find(argument, awaited_)) != std::string::npos;
           })) {
-        ADD_FAILURE() << "no \"" << d.argument << "\" in stdout:\n" << output("stdout");
+        ADD_FAILURE() << "no \"" << argument << "\" in stdout:\n" << output("stdout");
         return false;
       }
-      awaited_ = at + d.argument.size();
+      awaited_ = at + argument.size();
     } else if (w == "expect") {
-      expectRows(d.body);
+      expectRows(body);
     } else if (w == "log" || w == "nolog") {
-      const std::string text = output(d.argument);
+      const std::string text = output(argument);
       std::size_t at = 0;
-      for (const std::string& line : d.body) {
+      for (const std::string& line : body) {
         const std::size_t found = text.find(line, at);
         if (!line.empty() && (w == "log") == (found == std::string::npos)) {
           ADD_FAILURE() << "\"" << line << (w == "log" ? "\" does not follow" : "\" occurs")
-                        << " in " << d.argument << ":\n"
+                        << " in " << argument << ":\n"
                         << text.substr(at);
           break;
         }
         at = w == "log" ? found + line.size() : 0;
       }
     } else if (w == "wait") {
-      std::this_thread::sleep_for(std::chrono::seconds(std::stoi(d.argument)));
+      std::this_thread::sleep_for(std::chrono::seconds(std::stoi(argument)));
     } else {
       ADD_FAILURE() << "unknown directive, or a signal without a started run";
       return false;

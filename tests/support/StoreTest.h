@@ -1,10 +1,8 @@
 #pragma once
 
-// The fixtures of tests against the throwaway PostgreSQL of scripts/with-postgres. A test
-// deriving from vek_test::StoreTest gets a fresh database from the schema template (under ctest
-// every test runs in a process of its own, so each starts from the bare schema), a store
-// logging to a file of its own and a plain connection beside it. Without the server every
-// test FAILS with the reason.
+// Tests against the throwaway PostgreSQL of scripts/with-postgres derive from StoreTest: a fresh
+// database from the schema template (ctest runs each test in a process of its own), a store
+// logging to a file of its own and a plain connection. Without the server every test FAILS.
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -24,8 +22,6 @@ class ThrowawayDatabase {
 public:
   explicit ThrowawayDatabase(const std::string& label);
   ~ThrowawayDatabase();
-  ThrowawayDatabase(const ThrowawayDatabase&) = delete;
-  ThrowawayDatabase& operator=(const ThrowawayDatabase&) = delete;
   const std::string& name() const { return name_; }
   const std::string& host() const { return host_; }
   const std::string& user() const { return user_; }
