@@ -36,9 +36,11 @@ FftPlanCache::Plan FftPlanCache::plan(Kind kind, int n) {
   if (found != plans_.end())
     return Plan(this, found->second, false);
   fftw_plan made = make(kind, n);
-  if (plans_.size() >= kMaxPlans)
+  size_t& kept = kept_[static_cast<size_t>(kind)];
+  if (kept >= kMaxPlans)
     return Plan(this, made, true);
   plans_.emplace(key, made);
+  ++kept;
   return Plan(this, made, false);
 }
 
