@@ -14,13 +14,11 @@ function [power, freq, l, r] = tone_from_psd(P, F, rbw, target)
     [~, idx] = max(P);
   else
     if isnan(target) || target < F(1) || target > F(end)
-      power = NaN; freq = NaN; l = 1; r = 0;
-      return;
+      power = NaN; freq = NaN; l = 1; r = 0; return;
     end
     [~, idx0] = min(abs(F - target));
     lo = max(1, idx0 - 1);
-    hi = min(idx0 + 1, n);
-    [~, k] = max(P(lo:hi));
+    [~, k] = max(P(lo:min(idx0 + 1, n)));
     idx = lo + k - 1;
   end
   left = idx - 1;
@@ -31,8 +29,7 @@ function [power, freq, l, r] = tone_from_psd(P, F, rbw, target)
   while right <= n && P(right - 1) >= P(right)
     right = right + 1;
   end
-  l = left + 1;
-  r = right - 1;
+  l = left + 1; r = right - 1;
   freq = sum(F(l:r) .* P(l:r)) / sum(P(l:r));
   if l < r
     w = diff(F(l:r));
@@ -49,8 +46,7 @@ function [power, freq, l, r] = tone_from_psd(P, F, rbw, target)
     power = P(r) * mean(diff(F));
   end
   if power < rbw * P(idx)
-    power = rbw * P(idx);
-    freq = F(idx);
+    power = rbw * P(idx); freq = F(idx);
   end
 end
 
@@ -61,27 +57,16 @@ function [r, hp, hf] = thd_ref(x, fs, nharm)
   rbw = sum(w .^ 2) / sum(w) ^ 2 * fs;
   P = periodogram(x, w, N, fs);
   F = (fs / N) * (0:numel(P) - 1)';
-  if mod(N, 2) == 0
-    F(end) = fs / 2;
-  else
-    F(end) = fs / 2 - fs / (2 * N);
-  end
+  F(end) = fs / 2 - mod(N, 2) * fs / (2 * N);
   P(1) = 2 * P(1);
   [~, ~, l, rr] = tone_from_psd(P, F, rbw, 0);
   P(l:rr) = 0;
   [p1, f1] = tone_from_psd(P, F, rbw, []);
-  hp = zeros(1, nharm);
-  hf = zeros(1, nharm);
-  hp(1) = p1;
-  hf(1) = f1;
+  hp = [p1, zeros(1, nharm - 1)]; hf = [f1, zeros(1, nharm - 1)];
   total = 0;
   for i = 2:nharm
-    [pi_, fi] = tone_from_psd(P, F, rbw, i * f1);
-    hp(i) = pi_;
-    hf(i) = fi;
-    if ~isnan(pi_)
-      total = total + pi_;
-    end
+    [hp(i), hf(i)] = tone_from_psd(P, F, rbw, i * f1);
+    total = total + sum(hp(i)(!isnan(hp(i)))); % a harmonic beyond the grid adds nothing
   end
   r = 10 * log10(total / p1);
   hp = 10 * log10(hp);
