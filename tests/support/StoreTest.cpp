@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,32 +13,23 @@
 
 namespace vek_test {
 
-namespace {
-
-std::string environment(const char* variable, const char* fallback) {
+static std::string environment(const char* variable, const char* fallback) {
   const char* value = std::getenv(variable);
   return value == nullptr || *value == '\0' ? fallback : value;
 }
 
-} // namespace
-
 ThrowawayDatabase::ThrowawayDatabase(const std::string& label)
-    : host_(environment("VEK_PGHOST", "")), user_(environment("VEK_PGUSER", "postgres")),
-      name_("vek_test_") {
-  if (host_.empty()) {
+    : host_(environment("VEK_PGHOST", "")), user_(environment("VEK_PGUSER", "postgres")) {
+  if (host_.empty())
     throw std::runtime_error("VEK_PGHOST is not set: database tests must run under "
                              "scripts/with-postgres (e.g. scripts/with-postgres ctest ...)");
-  }
-  // Lower-case letters, digits and underscores, within PostgreSQL's 63 characters.
-  for (std::size_t i = 0; i < label.size() && i < 24; ++i) {
-    const auto c = static_cast<unsigned char>(label[i]);
+  // Lower-case letters, digits and underscores, within PostgreSQL's 63 characters; the process
+  // and a count keep tests side by side apart, the time of a leftover of an earlier process.
+  for (const unsigned char c : label.substr(0, 24))
     name_ += std::isalnum(c) != 0 ? static_cast<char>(std::tolower(c)) : '_';
-  }
-  static int counter = 0;
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  name_ += "_" + std::to_string(getpid()) + "_" + std::to_string(counter++) + "_" +
-           std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(now).count() %
-                          1000000000);
+  static int count = 0;
+  name_ = "vek_test_" + name_ + "_" + std::to_string(getpid()) + "_" + std::to_string(count++) +
+          "_" + std::to_string(std::time(nullptr) % 1000000);
   pqxx::connection admin("host=" + host_ + " dbname=postgres user=" + user_);
   // CREATE DATABASE refuses a template that another session has open at that moment; such a
   // session is short, so try a few times.
@@ -47,9 +39,8 @@ ThrowawayDatabase::ThrowawayDatabase(const std::string& label)
                                        environment("VEK_PGTEMPLATE", "vek_template"));
       return;
     } catch (const pqxx::sql_error& e) {
-      if (attempt == 20 || std::string(e.what()).find("being accessed") == std::string::npos) {
+      if (attempt == 20 || std::string(e.what()).find("being accessed") == std::string::npos)
         throw std::runtime_error("cannot create test database " + name_ + ": " + e.what());
-      }
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
   }
@@ -67,10 +58,9 @@ ThrowawayDatabase::~ThrowawayDatabase() {
 std::unique_ptr<ThrowawayDatabase> StoreTest::database_;
 
 void StoreTest::SetUp() {
-  if (!database_) { // a failure to create it fails the test with the reason
+  if (!database_) // a failure to create it fails the test with the reason
     database_ = std::make_unique<ThrowawayDatabase>(
         ::testing::UnitTest::GetInstance()->current_test_info()->test_suite_name());
-  }
   log_path_ = temporaryFile("store-log");
   log_ = std::make_unique<PrintLog>(false, true, log_path_);
   sql_ = std::make_unique<pqxx::connection>(database_->connectionString());
@@ -79,9 +69,8 @@ void StoreTest::SetUp() {
 }
 
 StoreTest::~StoreTest() {
-  for (const auto& path : temporary_files_) {
+  for (const auto& path : temporary_files_)
     std::remove(path.c_str());
-  }
 }
 
 std::string StoreTest::fileText(const std::string& path) {
@@ -96,13 +85,13 @@ std::string StoreTest::scalar(const std::string& statement) {
 }
 
 std::string StoreTest::temporaryFile(const std::string& stem) {
-  static int counter = 0;
-  const auto path =
-      std::filesystem::temp_directory_path() /
-      ("vek-" + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(counter++) + ".log");
-  std::remove(path.c_str());
-  temporary_files_.push_back(path.string());
-  return path.string();
+  static int count = 0;
+  temporary_files_.push_back(
+      (std::filesystem::temp_directory_path() /
+       ("vek-" + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".log"))
+          .string());
+  std::remove(temporary_files_.back().c_str());
+  return temporary_files_.back();
 }
 
 } // namespace vek_test
