@@ -1,7 +1,6 @@
 function x = lcg_signal(seed, n)
-  % Deterministic test signal that the C++ tests rebuild bit for bit (lcgSignal in tests/coder/
-  % support/numeric_compare.h): the Park-Miller sequence s = mod(16807 s, 2^31 - 1), every step exact
-  % in doubles, mapped to [-0.5, 0.5) by one correctly rounded division.
+  % Park-Miller s = mod(16807 s, 2^31 - 1), exact in doubles, mapped to [-0.5, 0.5): the test
+  % signal the C++ tests rebuild bit for bit (lcgSignal).
   x = zeros(1, n);
   s = seed;
   for k = 1:n
