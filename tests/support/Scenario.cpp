@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <fcntl.h>
+#include <cstdio>
 #include <filesystem>
 #include <optional>
 #include <sstream>
@@ -142,12 +142,8 @@ private:
     argv.push_back(nullptr);
     awaited_ = output("stdout").size();
     if ((pid_ = fork()) == 0) {
-      const int out =
-          open((directory_ + "/stdout.txt").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-      const int err =
-          open((directory_ + "/stderr.txt").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-      if (out >= 0 && err >= 0 && chdir(directory_.c_str()) == 0 && dup2(out, STDOUT_FILENO) >= 0 &&
-          dup2(err, STDERR_FILENO) >= 0)
+      if (chdir(directory_.c_str()) == 0 && std::freopen("stdout.txt", "a", stdout) != nullptr &&
+          std::freopen("stderr.txt", "a", stderr) != nullptr)
         execv(argv[0], argv.data());
       _exit(127);
     }
