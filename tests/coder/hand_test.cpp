@@ -229,9 +229,12 @@ TEST(HandWorked, ThdToneSearchSmallWindowsAndTooLittleData) {
   }
   // silence has no fundamental; one sample or one harmonic: NaN; envspectrum of fewer than
   // four samples: four empty arrays
-  coder::array<double, 1> x = vek_test::toColumn(V(1000, 3.0)), hp, hf, es, f, env, t;
+  coder::array<double, 1> x = vek_test::toColumn(V(1000, 3.0)), hp, hf, es, f, env, t, tone(x);
+  for (int k = 0; k < 1000; ++k)
+    tone[k] = std::sin(2 * kPi * 50 * k / 500.0);
   same({coder::thd(x, 500.0, 5, hp, hf), hf[0],
-        coder::thd(vek_test::toColumn({1.0}), 500.0, 5, hp, hf), coder::thd(x, 500.0, 1, hp, hf)},
+        coder::thd(vek_test::toColumn({1.0}), 500.0, 5, hp, hf),
+        coder::thd(tone, 500.0, 1, hp, hf)},
        {kNaN, kNaN, kNaN, kNaN});
   coder::envspectrum(vek_test::toRow({1.0, 2.0, 3.0}), 16000.0, es, f, env, t);
   EXPECT_EQ(es.numel() + f.numel() + env.numel() + t.numel(), 0);
