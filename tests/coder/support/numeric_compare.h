@@ -8,32 +8,70 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <fstream>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace vek_test {
 
-// Norm-wise relative error: max |got - want| over max |want| (absolute when the reference is
-// all zero). NaN must stand where the reference has NaN and infinities must match exactly,
-// whatever the tolerance; a tolerance of 0 asks for the same values.
-::testing::AssertionResult closeRelative(const std::vector<double>& got,
-                                         const std::vector<double>& want, double tol);
-// Element-wise: |got - want| <= tol * max(|want|, floor), for results whose small entries
-// matter as much as the large ones.
-::testing::AssertionResult closeElementwise(const std::vector<double>& got,
-                                            const std::vector<double>& want, double tol,
-                                            double floor);
+// Element-wise: |got - want| <= tol * max(|want|, floor). A NaN where a number belongs, or a
+// wrong infinity, fails whatever the tolerance.
+inline ::testing::AssertionResult closeElementwise(const std::vector<double>& got,
+                                                   const std::vector<double>& want, double tol,
+                                                   double floor) {
+  if (got.size() != want.size())
+    return ::testing::AssertionFailure() << "length " << got.size() << ", want " << want.size();
+  for (size_t i = 0; i < got.size(); ++i) {
+    const double err = std::fabs(got[i] - want[i]) / std::max(std::fabs(want[i]), floor);
+    if (std::isnan(got[i]) != std::isnan(want[i]) || (std::isinf(want[i]) && got[i] != want[i]) ||
+        (std::isfinite(want[i]) && err > tol))
+      return ::testing::AssertionFailure() << "at " << i << " of " << got.size() << ": got "
+                                           << got[i] << ", want " << want[i] << ", error " << err;
+  }
+  return ::testing::AssertionSuccess();
+}
+// Norm-wise: max |got - want| over max |want| (absolute when the reference is all zero); a
+// tolerance of 0 asks for the same values.
+inline ::testing::AssertionResult closeRelative(const std::vector<double>& got,
+                                                const std::vector<double>& want, double tol) {
+  double scale = 0.0;
+  for (double w : want)
+    scale = std::isfinite(w) ? std::max(scale, std::fabs(w)) : scale;
+  return closeElementwise(got, want, tol, scale > 0.0 ? scale : 1.0);
+}
 
 // A golden file: its first line names the script that wrote it; every other non-empty line
-// is "name: v1 v2 ..." (%.17g, NaN and Inf too), each name once.
+// is "name: v1 v2 ..." (%.17g, NaN and Inf too), each name once. The path is relative to the
+// source tree; a missing or bad file throws, and so does an absent name.
 class GoldenFile {
 public:
-  // Path relative to the source tree; throws std::runtime_error on a missing or bad file.
-  explicit GoldenFile(const std::string& relative_path);
-  // Throws std::out_of_range when the name is absent.
-  const std::vector<double>& operator[](const std::string& name) const;
+  explicit GoldenFile(const std::string& relative_path) {
+    const std::string path = std::string(VEK_SOURCE_DIR) + "/" + relative_path;
+    std::ifstream in(path);
+    std::string line;
+    if (!std::getline(in, line)) // the generator's name
+      throw std::runtime_error("golden file missing: " + path);
+    while (std::getline(in, line)) {
+      const auto colon = line.find(':');
+      if (line.empty())
+        continue;
+      std::vector<double>& values = entries_[line.substr(0, colon)];
+      const bool repeated = !values.empty();
+      char* end = nullptr;
+      for (const char* p = line.c_str() + colon + 1;
+           values.push_back(std::strtod(p, &end)), end != p;)
+        p = end;
+      values.pop_back();
+      if (repeated || colon == std::string::npos || colon == 0 ||
+          line.find_first_not_of(" \r", size_t(end - line.c_str())) != std::string::npos)
+        throw std::runtime_error(path + ": a bad or repeated line: " + line.substr(0, 60));
+    }
+  }
+  const std::vector<double>& operator[](const std::string& name) const { return entries_.at(name); }
   bool has(const std::string& name) const { return entries_.count(name) != 0; }
   const std::map<std::string, std::vector<double>>& entries() const { return entries_; }
 
@@ -52,13 +90,13 @@ inline std::vector<double> lcgSignal(std::int64_t seed, int n) {
 
 inline coder::array<double, 2> toRow(const std::vector<double>& v) {
   coder::array<double, 2> a;
-  a.set_size(1, static_cast<int>(v.size()));
+  a.set_size(1, int(v.size()));
   std::copy(v.begin(), v.end(), a.data());
   return a;
 }
 inline coder::array<double, 1> toColumn(const std::vector<double>& v) {
   coder::array<double, 1> a;
-  a.set_size(static_cast<int>(v.size()));
+  a.set_size(int(v.size()));
   std::copy(v.begin(), v.end(), a.data());
   return a;
 }
@@ -71,12 +109,10 @@ inline std::vector<double> join(std::vector<double> first, const std::vector<dou
 }
 // Real parts, then imaginary parts: one norm-wise error covers both.
 template <int N> std::vector<double> flatten(const coder::array<creal_T, N>& a) {
-  std::vector<double> re, im;
-  for (int k = 0; k < a.numel(); ++k) {
-    re.push_back(a[k].re);
-    im.push_back(a[k].im);
-  }
-  return join(re, im);
+  std::vector<double> v(size_t(2 * a.numel()));
+  for (int k = 0; k < a.numel(); ++k)
+    v[size_t(k)] = a[k].re, v[size_t(k + a.numel())] = a[k].im;
+  return v;
 }
 
 } // namespace vek_test
