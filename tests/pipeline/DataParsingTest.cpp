@@ -6,6 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -20,13 +21,8 @@
 namespace {
 
 // A piece decoded: "part" if not whole, "name:", the values, "date=value" per record; or "throw".
-std::string decoded(int layout, int c_type, const std::string& sub_channel,
-                    const std::string& data) {
-  raw r;
-  r.param_type_id = layout;
-  r.c_type = c_type;
-  r.sub_channel = sub_channel;
-  r.data = data;
+std::string decoded(int layout, int c_type, std::string sub_channel, std::string data) {
+  raw r{layout, c_type, std::move(sub_channel), std::move(data), {}, {}, {}, {}};
   std::ostringstream text;
   text.precision(10);
   try {
@@ -35,12 +31,10 @@ std::string decoded(int layout, int c_type, const std::string& sub_channel,
   } catch (const std::invalid_argument&) {
     return "throw";
   }
-  for (double v : r.values) {
+  for (double v : r.values)
     text << " " << v;
-  }
-  for (const auto& [date, v] : r.timed_values) {
+  for (const auto& [date, v] : r.timed_values)
     text << " " << date << "=" << v;
-  }
   return text.str().substr(text.str().empty() ? 0 : 1);
 }
 
@@ -53,14 +47,11 @@ const char* const kDecodeCases = R"(4|1||0x000001000001ffff|0 1 256 65535
 4|4||0x000000000080FFFFFF|0 8388608 16777215
 4|5||0x0000000001000000ffffffff|0 1 4294967295
 4|6||0x00000080ffffffffffffff7f|-2147483648 -1 2147483647
-4|7||0x0000c03f000080be|1.5 -0.25
 4|8||0x0011ff|0 17 255
 4|9||0xzz01|nan nan
 9|1||0x00000000000000800100|292278994-8-17 7:12:55.808=1
 9|7||0xe8030000000000000000c03fe903000000000000000080be|1970-1-1 0:16:40=1.5 1970-1-1 0:16:41=-0.25
-9|4||0xe803000000000000ffffff|1970-1-1 0:16:40=16777215
 9|5||0x640000000000000001000000c80000000000000002|1970-1-1 0:1:40=1
-15|5||0x555f4241545445525957000000|U_BATTERY: 87
 15|7||0x41000044c1|A: -12.25
 15|5||0x123456|
 4|1|x|0x0500123|part 5
@@ -68,7 +59,6 @@ const char* const kDecodeCases = R"(4|1||0x000001000001ffff|0 1 256 65535
 4|5|x|0x|
 4|1|x||part
 4|1|||
-4|1||0x01zz|throw
 4|1||0x 001|throw
 4|1||0x0x01|throw
 9|1||0x00000000000000g00100|throw
@@ -80,17 +70,14 @@ TEST(DataParsingDecode, RawPiecesReadByLayoutAndFormat) {
   for (std::string line; std::getline(cases, line);) {
     std::vector<std::string> f(5);
     std::istringstream fields(line);
-    for (std::string& field : f) {
+    for (std::string& field : f)
       std::getline(fields, field, '|');
-    }
     EXPECT_EQ(decoded(std::stoi(f[0]), std::stoi(f[1]), f[2], f[3]), f[4]) << line;
   }
-  for (int layout : {-3, 0, 6, 13, 14, 16, 19, 40}) {
+  for (int layout : {-3, 0, 6, 13, 14, 16, 19, 40})
     EXPECT_EQ(decoded(layout, 1, "", "0x0100"), layout < 15 ? "1" : "") << layout;
-  }
-  for (int layout : {7, 8, 10, 11, 12, 17, 18}) {
+  for (int layout : {7, 8, 10, 11, 12, 17, 18})
     EXPECT_EQ(decoded(layout, 8, "", "0x0568e5cf8b0100000d"), "2023-11-14 22:13:20.5=13") << layout;
-  }
   EXPECT_THROW(DataParsing::string_to_double("", 1), std::invalid_argument);
   EXPECT_THROW(DataParsing::string_to_double("0g", 1), std::invalid_argument);
   EXPECT_TRUE(std::isnan(DataParsing::string_to_double("", 9)));
@@ -103,9 +90,9 @@ TEST(DataParsingDecode, RawPiecesReadByLayoutAndFormat) {
 // Pump 1 of "plant". Module 42 (type 6, revision 2): channel 100 for the whole module at point
 // 11, channel 101 (sub-channel b) at points 12 and 13, displays A, B, C at 11 and A at 12.
 // Module 43 has no bound channel, module 44 only a switched-off binding.
-const char* const kPlant =
-    R"(TRUNCATE organization_object, observed_node, aggregate, module, module_param, channel, channel_contol_point,
-  control_point, observed_param, visualization, list_of_messages, recommendation, param_info, fu_raw, notification;
+const char* const kPlant = R"(TRUNCATE organization_object, observed_node, aggregate, module,
+  module_param, channel, channel_contol_point, control_point, observed_param, visualization,
+  list_of_messages, recommendation, param_info, fu_raw, notification;
 INSERT INTO organization_object VALUES ('plant', 'UTC+3:00', NULL);
 INSERT INTO observed_node VALUES (1, 'plant');
 INSERT INTO aggregate (id, node_id, type_equipment_id, name) VALUES (3, 1, 8, 'pump 1');
@@ -122,9 +109,9 @@ INSERT INTO visualization (id, source, name_param, type_param, channel_id, contr
   FROM (VALUES (501, 'A', 100, 11), (502, 'B', 100, 11), (503, 'C', 100, 11), (599, 'A', 101, 12)) v(i, n, c, p);
 INSERT INTO list_of_messages VALUES ('4', true), ('2003', true), ('2005', false), ('2007', true);
 INSERT INTO recommendation VALUES (51, '2003', 2, true);
-INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error) VALUES
-  (1, 42, 103, 1, '2024-05-01 10:00', NULL), (2, 42, 103, 1, '2024-05-01 10:00', NULL),
-  (3, 43, 103, 1, '2024-05-01 10:00', NULL), (4, 44, 10, 0, '2024-05-01 10:00', '[{"name_param": "state", "value": 1}]');
+INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error)
+  SELECT i, s, m, p, '2024-05-01 10:00', t FROM (VALUES (1, 42, 103, 1, NULL), (2, 42, 103, 1, NULL),
+  (3, 43, 103, 1, NULL), (4, 44, 10, 0, '[{"name_param": "state", "value": 1}]')) v(i, s, m, p, t);
 INSERT INTO fu_raw (param_info_id, param_type_id, c_type, data) VALUES (1, 4, 2, '0x1700'), (3, 4, 2, '0x1700');)";
 
 class DataParsingTest : public vek_test::StoreTest {
@@ -149,9 +136,8 @@ protected:
       parsing->setControlPoint(point);
       parsing->run(true);
     }
-    if (aggregate->control_points.empty()) {
+    if (aggregate->control_points.empty())
       parsing->run(false);
-    }
     return *parsing;
   }
 
@@ -161,9 +147,8 @@ protected:
     for (const auto* triple :
          {&m.axes_xyz_first, &m.axes_xyz_second, &m.axes_abc_first, &m.axes_abc_second}) {
       text += text.empty() ? "" : " ";
-      for (const auto& [place, letter] : *triple) {
+      for (const auto& [place, letter] : *triple)
         text += letter;
-      }
     }
     return text;
   }
@@ -180,7 +165,7 @@ TEST_F(DataParsingTest, AxesRowsWithoutDataAndRefusedPairs) {
   DataParsing& m = run(1);
   // Upper case works as lower case: the first triple is mounted z, x, y; the second c, a, b. A
   // shorter text changes only the places it reaches; the seventh letter on and an empty text
-  // change nothing.
+  // change nothing. Without points the module's own channel gives the axes.
   EXPECT_EQ(axes(m), "zxy xyz abc cab");
   for (const auto& [text, maps] : {std::pair{"y", "yxy xyz abc cab"},
                                    {"xyzzyxa", "xyz zyx abc cab"},
@@ -189,15 +174,14 @@ TEST_F(DataParsingTest, AxesRowsWithoutDataAndRefusedPairs) {
     m.run(true);
     EXPECT_EQ(axes(m), maps) << text;
   }
-  // Without points the module's own channel gives the axes.
   EXPECT_EQ(axes(run(3)), "yzx xyz abc abc");
 
   // Defaults of the row's module type at the module's own revision only. No piece: no data.
   DataParsing& empty = run(2);
-  EXPECT_EQ(empty.module_params.size() != 1
-                ? ""
-                : empty.module_params[0].name + std::to_string(empty.module_params[0].value),
-            "rate25600.000000");
+  std::string defaults;
+  for (const auto& p : empty.module_params)
+    defaults += p.name + std::to_string(p.value) + " ";
+  EXPECT_EQ(defaults, "rate25600.000000 ");
   EXPECT_TRUE(empty.results.empty() && !empty.computed);
   EXPECT_NE(logText().find("no data in fu_raw\n"), std::string::npos);
   EXPECT_FALSE(empty.computeModule11() || empty.computeModule2());
@@ -210,8 +194,7 @@ TEST_F(DataParsingTest, AxesRowsWithoutDataAndRefusedPairs) {
   std::istringstream pairs("1/0+ 1/8+ 1/9- 9/8+ 2/8+ 8/0+ 3/21+ 3/22- 5/6+ 7/7- 10/10+ 10/11- "
                            "11/1+ 11/2- 101/4+ 102/3- 103/1+ 106/2- 999/0- 999/200+ 999/201+ "
                            "999/202- 12/77+ 12/-5+ 4/1- 1/-1-");
-  char slash = 0;
-  char mark = 0;
+  char slash = 0, mark = 0;
   while (pairs >> empty.type_mod >> slash >> empty.type_param >> mark) {
     SCOPED_TRACE(std::to_string(empty.type_mod) + "/" + std::to_string(empty.type_param));
     const std::size_t before = logText().size();
@@ -222,37 +205,33 @@ TEST_F(DataParsingTest, AxesRowsWithoutDataAndRefusedPairs) {
   }
 }
 
-TEST_F(DataParsingTest, MiddleTrendAndMonotoneFoldIntoTheShownParameters) {
+TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
   DataParsing& m = run(1);
   m.results.resize(1); // at channel 100 and point 11
   m.results[0].params = {{"A", 1.0f}, {"B", 2.0f}, {"C", 3.0f}, {"D", 4.0f}};
   // All displays of the module: A of point 12 and D, shown nowhere, are not this result's.
-  m.updateLatest(0, shown->getData({1}));
+  // Another kind, and indexes outside the results, change nothing.
   std::map<std::string, double> middles = {{"A", 1.5}, {"B", 1000000.01}, {"Z", 9.0}},
                                 trends = {{"A", -0.25}}, monotones = {{"C", 0.75}};
+  m.updateLatest(0, shown->getData({1}));
   m.updateLatest("middle", 0, middles);
   m.updateLatest("trend", 0, trends);
   m.updateLatest("monotone", 0, monotones);
-  // Another kind, and indexes outside the results, change nothing.
   m.updateLatest("median", 0, trends);
-  m.updateLatest("middle", 1, trends);
-  m.updateLatest("middle", -1, trends);
-  m.updateLatest(1, shown->getData({1}));
-  m.updateLatest(-1, shown->getData({1}));
   m.updateRul(0, {{"C", "12 days"}});
-  m.updateRul(1, {{"C", "1 day"}});
-  m.updateRul(-1, {{"C", "1 day"}});
+  for (int outside : {1, -1}) {
+    m.updateLatest("middle", outside, trends);
+    m.updateLatest(outside, shown->getData({1}));
+    m.updateRul(outside, {{"C", "1 day"}});
+  }
   std::ostringstream text;
-  for (const result_param& p : m.results[0].result_params) {
+  for (const result_param& p : m.results[0].result_params)
     text << p.name << " " << p.visualization_id << " " << p.value << " " << p.middle << " "
          << p.trend << " " << p.monotone << " " << p.rul << "|";
-  }
   // 1000000.01 narrows to the float 1e6, but the range is judged before narrowing.
   EXPECT_EQ(text.str(),
             "A 501 1 1.5 -0.25 nan |B 502 2 nan nan nan |C 503 3 nan nan 0.75 12 days|");
-}
 
-TEST_F(DataParsingTest, DefectsAndModuleStateAreRaisedAReplayRaisesNothing) {
   // A replay colours the point (A, B, C beyond orange 3) but stores no status, raises nothing.
   DataParsing& replay = run(1, true);
   replay.results[0].params = {{"A", 5.0f}, {"B", 5.0f}, {"C", 5.0f}};
@@ -266,21 +245,19 @@ TEST_F(DataParsingTest, DefectsAndModuleStateAreRaisedAReplayRaisesNothing) {
   ASSERT_TRUE(lone.channels.empty());
   EXPECT_TRUE(lone.control_tu(shown->getData({2})));
   // Defect 3 at level 1, defect 5 (its message switched off) and defect 7 at level 0; the level
-  // plus one is the message type.
-  DataParsing& m = run(1);
-  m.setControlPoint(aggregate->control_points.front());
-  m.defects = {{7, 0}, {3, 1}, {5, 2}};
-  m.control_defects();
-  // Code, type, text, recommendation, channel and point of each notification.
-  EXPECT_EQ(
-      scalar(
-          "SELECT string_agg(concat_ws('|', message_code, type_message_id, additional_info, "
-          "recommendation_id, channel_id, control_point_id), ' ' ORDER BY id) FROM notification"),
-      "4|2|44 2003|2|51|100|11 2007|1|100|11");
-  m.updateLatest(0, shown->getData({1, 2, 3}, 100, 11));
-  m.write(m.results[0]);
-  // The defect with the smallest number stands for the measurement.
-  EXPECT_EQ(scalar("SELECT concat_ws('|', id, defect_code, defect_type) FROM defects"), "1|3|1");
+  // plus one is the message type. The defect with the smallest number stands for the row.
+  DataParsing& d = run(1);
+  d.setControlPoint(aggregate->control_points.front());
+  d.defects = {{7, 0}, {3, 1}, {5, 2}};
+  d.control_defects();
+  d.updateLatest(0, shown->getData({1, 2, 3}, 100, 11));
+  d.write(d.results[0]);
+  // Code, type, text, recommendation, channel and point of each notification; the defect row.
+  EXPECT_EQ(scalar("SELECT string_agg(concat_ws('|', message_code, type_message_id, "
+                   "additional_info, recommendation_id, channel_id, control_point_id), ' ' ORDER "
+                   "BY id) || ' ' || (SELECT concat_ws('|', id, defect_code, defect_type) FROM "
+                   "defects) FROM notification"),
+            "4|2|44 2003|2|51|100|11 2007|1|100|11 1|3|1");
 }
 
 } // namespace
