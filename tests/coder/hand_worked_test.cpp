@@ -251,18 +251,18 @@ TEST(Polyfit, RankDeficientGivesBasicSolutionWithZeros) {
 }
 
 TEST(Mldivide, ResidualOrthogonalToTheColumnsAndLuSolvesSquare) {
-  for (int m : {2, 3, 5, 8, 13})
+  for (int m : {2, 3, 5, 8, 13}) // the least-squares residual is orthogonal to A's columns
     for (int n = 1; n <= 3 && n < m; ++n) {
       const V a = lcgSignal(m, m * n), b = lcgSignal(n + 99, m);
       V x(static_cast<size_t>(n)), r = b;
       int rank = 0;
       coder::qrsolve(a.data(), m, n, b.data(), x.data(), &rank);
-      EXPECT_EQ(rank, n);
-      for (int k = 0; k < m * n; ++k) // the least-squares residual is orthogonal to A's columns
+      for (int k = 0; k < m * n; ++k)
         r[size_t(k % m)] -= a[size_t(k)] * x[size_t(k / m)];
       for (int j = 0; j < n; ++j)
         EXPECT_NEAR(std::inner_product(r.begin(), r.end(), a.begin() + j * m, 0.0), 0.0, 1e-13)
             << m << "x" << n;
+      EXPECT_EQ(rank, n);
     }
   V x(2); // [0 2; 1 1] x = [4; 3] needs a row swap: x = [1; 2]
   coder::mldivide(V({0, 1, 2, 1}).data(), 2, 2, V({4, 3}).data(), x.data());
