@@ -1,7 +1,7 @@
 // The equipment objects read from real rows, each printed as its fields joined by "|" and compared
 // whole. Ids rise in insertion order, so rows come back in that order however the server joins.
+#include <algorithm>
 #include <sstream>
-#include <type_traits>
 
 #include "assessment/Status.h"
 #include "equipment/Aggregate.h"
@@ -23,10 +23,10 @@ std::ostream& operator<<(std::ostream& out, const visualization& v) {
 
 namespace {
 
-// The fields joined by "|" and ended by a blank; floats to 6 digits, doubles to 10.
+// The fields joined by "|" and ended by a blank, numbers to 10 digits.
 template <typename... T> std::string line(const T&... fields) {
   std::ostringstream out;
-  ((out.precision(std::is_same_v<T, float> ? 6 : 10), out << fields << '|'), ...);
+  ((out.precision(10), out << fields << '|'), ...);
   std::string text = out.str() + " ";
   for (auto end = text.find('\n'); end != text.npos; end = text.find('\n', end))
     text.replace(end, 1, "\\n");
