@@ -54,6 +54,7 @@ TEST(PrintLog, RoutesTextByItsFlagsAndOpensTheFileForEveryLine) {
 }
 
 TEST(TimeHelpers, UnpaddedTextsOfTheClockAndOfSeconds) {
+  const char* format = "%Y-%m-%d %H:%M:%S";
   EXPECT_EQ(sec_to_string(1688461501L) + "," + sec_to_string(0L) + "," + sec_to_string(1703980799L),
             "2023-7-4 9:5:1,1970-1-1 0:0:0,2023-12-30 23:59:59");
   const std::regex file_form(R"(\d{4}-[1-9]\d?-[1-9]\d?-(0|[1-9]\d?)-(0|[1-9]\d?)-(0|[1-9]\d?))");
@@ -68,6 +69,18 @@ TEST(TimeHelpers, UnpaddedTextsOfTheClockAndOfSeconds) {
   }
   EXPECT_TRUE(std::regex_match(time_now(1), file_form) &&
               std::regex_match(time_now(2), statement_form));
+  EXPECT_EQ(stringToSec("2023-7-4 9:5:1", format), stringToSec("2023-07-04 09:05:01", format));
+  EXPECT_EQ(stringToSec("2023-7-5 9:5:1", format) - stringToSec("2023-7-4 9:5:0", format), 86401);
+  // A text cut after the date keeps the date; an empty one is the zeroed fields.
+  EXPECT_EQ(stringToSec("2023-7-4", format), stringToSec("2023-7-4 0:0:0", format));
+  std::tm zeroed{};
+  const std::time_t zero = std::mktime(&zeroed);
+  EXPECT_EQ(stringToSec("", format), static_cast<long>(zero));
+  const auto whole = stringToDateTime("2024-02-29 23:59:58");
+  EXPECT_EQ(whole, stringToDateTime("2024-02-29 23:59:58.987654"));
+  EXPECT_EQ(std::chrono::system_clock::to_time_t(whole),
+            static_cast<std::time_t>(stringToSec("2024-2-29 23:59:58", format)));
+  EXPECT_EQ(std::chrono::system_clock::to_time_t(stringToDateTime("not a date")), zero);
   EXPECT_THROW(time_now(2, "UTC"), std::invalid_argument);
   EXPECT_THROW(time_now(2, "+x:00"), std::invalid_argument);
 }
@@ -97,22 +110,6 @@ TEST(TimeHelpers, OffsetsShiftUtcAndTheEmptyOffsetIsTheHostZone) {
     EXPECT_NEAR(shifts[k], expected[k], kClockTickSec) << k;
   }
   EXPECT_NEAR(now - utc, 7 * 3600, kClockTickSec);
-}
-
-TEST(TimeHelpers, TextsReadBackAsSeconds) {
-  const char* format = "%Y-%m-%d %H:%M:%S";
-  EXPECT_EQ(stringToSec("2023-7-4 9:5:1", format), stringToSec("2023-07-04 09:05:01", format));
-  EXPECT_EQ(stringToSec("2023-7-5 9:5:1", format) - stringToSec("2023-7-4 9:5:0", format), 86401);
-  // A text cut after the date keeps the date; an empty one is the zeroed fields.
-  EXPECT_EQ(stringToSec("2023-7-4", format), stringToSec("2023-7-4 0:0:0", format));
-  std::tm zeroed{};
-  const std::time_t zero = std::mktime(&zeroed);
-  EXPECT_EQ(stringToSec("", format), static_cast<long>(zero));
-  const auto whole = stringToDateTime("2024-02-29 23:59:58");
-  EXPECT_EQ(whole, stringToDateTime("2024-02-29 23:59:58.987654"));
-  EXPECT_EQ(std::chrono::system_clock::to_time_t(whole),
-            static_cast<std::time_t>(stringToSec("2024-2-29 23:59:58", format)));
-  EXPECT_EQ(std::chrono::system_clock::to_time_t(stringToDateTime("not a date")), zero);
 }
 
 } // namespace

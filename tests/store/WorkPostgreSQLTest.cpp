@@ -190,11 +190,13 @@ TEST_F(StoreReads, GenericQueriesAndMeasurementRows) {
        "'2023-07-04 09:00'), (7, 42, 10, 1, '2023-07-04 09:30');"
        "INSERT INTO fu_raw VALUES (9, 1, 2, 'X', '0x0A0B', '{}'), (9, NULL, 3, NULL, NULL, NULL),"
        "(10, 5, 5, '', '', '')");
-  std::vector<param_info> one(2);
+  std::vector<param_info> one(3);
   store().readParamInfo(5, one[0]);
-  store().readParamInfo(4, one[0]);
-  store().readParamInfo(8, one[1]);
-  EXPECT_EQ(list(one), "4|42|11|2|2023-07-04 10:30:00||||2,0|0|0|0|||||0")
+  one[1] = one[0];
+  store().readParamInfo(4, one[1]);
+  store().readParamInfo(8, one[2]);
+  const std::string fifth = "5|9007199254740993|12|1|2023-07-04 10:45:00.5|a|b|c|2";
+  EXPECT_EQ(list(one), fifth + ",4|42|11|2|2023-07-04 10:30:00||||2,0|0|0|0|||||0")
       << "a NULL number stays; id 0 is how the loop sees a gap";
   EXPECT_EQ(opLog(), "reading data: ID = 5\nreading data: ID = 4\nreading data: ID = 8\n");
   // Strictly between the bounds, without telemetry rows, in time order; source 0 takes all.
@@ -202,8 +204,8 @@ TEST_F(StoreReads, GenericQueriesAndMeasurementRows) {
   store().readParamInfo(42, "2023-07-04 09:00:00", "2023-07-04 12:00:00", range);
   store().readParamInfo(0, "2023-07-04 10:40:00", "2023-07-04 10:50:00", range);
   EXPECT_EQ(list(range), "0|0|0|0|||||0,7|42|10|1|2023-07-04 09:30:00||||0,1|42|10|3|2023-07-04 "
-                         "10:00:00|T|[]|{}|1,4|42|11|2|2023-07-04 10:30:00||||0,5|"
-                         "9007199254740993|12|1|2023-07-04 10:45:00.5|a|b|c|2");
+                         "10:00:00|T|[]|{}|1,4|42|11|2|2023-07-04 10:30:00||||0," +
+                             fifth);
   std::vector<raw> pieces(1);
   store().readRaw(9, pieces);
   EXPECT_EQ(list(pieces, true), "0|0|||,0|3|||,1|2|X|0x0A0B|{}");
@@ -274,7 +276,7 @@ TEST_F(StoreReads, PlantAroundAControlPointAndEquipmentTypedInByHand) {
 
   // The nameplate is text; the reader converts it field by field and stops at a bad one.
   exec("INSERT INTO motor VALUES (1, '55', NULL, '12', '', '3', '2'), (2, '75', 'abc', '9', "
-       "'380', '4', '1'); INSERT INTO bearing VALUES (1, 7.9375, 9, 2, 25.5, 52.25, NULL)");
+       "'380', '4', '1'); INSERT INTO bearing VALUES (1, 7.9375, 9, 2, 25.5, 52.25, 12.5)");
   std::string read;
   for (const int id : {1, 2, 3}) {
     int m[6] = {-1, -1, -1, -1, -1, -1};
@@ -284,7 +286,7 @@ TEST_F(StoreReads, PlantAroundAControlPointAndEquipmentTypedInByHand) {
   double b[4] = {0.0, 0.0, 0.0, -1.0};
   store().readBearing(1, b[0], a[0], a[1], b[1], b[2], b[3]);
   EXPECT_EQ(read + cat(b[0], a[0], a[1], b[1], b[2], b[3]),
-            "55|-1|12|-1|3|2,75|-1|-1|-1|-1|-1,-1|-1|-1|-1|-1|-1,7.9375|9|2|25.5|52.25|-1");
+            "55|-1|12|-1|3|2,75|-1|-1|-1|-1|-1,-1|-1|-1|-1|-1|-1,7.9375|9|2|25.5|52.25|12.5");
   // A lost session: both reads report and return, and the loss shows at the next operation.
   endSession();
   unsigned int config = 0;
@@ -401,8 +403,9 @@ TEST_F(StoreWrites, ResultsAreWrittenOnceUpdatedOnRepeatAndADuplicateRaisesMessa
   store().getArrayResultFRM(clause, param_info_ids, values);
   EXPECT_EQ(cat(list(param_info_ids), list(values)), "-1,11,11,12|3.75,0");
   store().readResult("ORDER BY ID", visualization_ids, param_info_ids, dates, int_ids, values);
-  EXPECT_EQ(cat(list(visualization_ids), list(int_ids), list(values), dates.size()),
-            "-1,5,6,6|-1,1,2,3|1.5,3.75,0|7");
+  EXPECT_EQ(cat(list(visualization_ids), list(param_info_ids), list(int_ids), list(values),
+                dates.size(), dates.back()),
+            "-1,5,6,6|-1,11,11,12,11,11,12|-1,1,2,3|1.5,3.75,0|7|2023-07-04 09:05:02");
 
   store().writeResult("plant", result(11, {param("SKZ", 1.5f, 5), param("O'Brien's", 2.5f, 8)}));
   again = result(11, {param("SKZ", kNaN, 5), param("TEMP", 4.5f, 6)});

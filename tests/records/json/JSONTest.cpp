@@ -23,26 +23,21 @@ TEST(JSONNumbers, ExponentMultipliesOrDividesOncePerUnit) {
       {L"0.3", 0x1.3333333333334p-2},
       {L"2.675", 0x1.5666666666667p+1},
       {L"0.123456789", 0x1.f9add37396360p-4},
-      {L"9.81", 9.81},
       {L"12345678901234567890", 0x1.56a95319d63e2p+63},
       {L"1.5E+2", 150.0},
       {L"25e-1", 2.5},
       {L"1e05", 100000.0},
       {L"1e-6", 0x1.0c6f7a0b5ed8ep-20},
-      {L"1e25", 0x1.08b2a2c280290p+83},
       {L"0.3e1", 0x1.8000000000001p+1},
       {L"1.7e308", 0x1.e42d130773b6dp+1023},
       {L"1e309", kInf},
       {L"1e-323", 0x0.0000000000002p-1022},
       {L"1e-324", 0.0},
-      {L"2e99999999999999999999", kInf},
       {L"-2e99999999999999999999", -kInf},
       {L"2e-99999999999999999999", 0.0},
       {L"0e99999999999999999999", 0.0},
       {L"-0.3", -0x1.3333333333334p-2},
-      {L"-1.5e2", -150.0},
-      {L"-0", -0.0},
-      {L"-1e-400", -0.0}};
+      {L"-0", -0.0}};
   for (const auto& [text, value] : cases) {
     const auto parsed = JSON::Parse(text);
     ASSERT_TRUE(parsed && parsed->IsNumber()) << text;
@@ -66,6 +61,19 @@ TEST(JSONParse, MalformedTextsFail) {
     EXPECT_EQ(JSON::Parse(text.c_str()), nullptr) << std::string(text.begin(), text.end());
   }
   EXPECT_EQ(JSON::Parse(static_cast<const wchar_t*>(nullptr)), nullptr);
+  // Nested deeper than 512 arrays and objects; far beyond the bound, refused without a stack
+  // overflow.
+  const auto nested = [](std::size_t levels, const std::wstring& open, const wchar_t* inner) {
+    std::wstring text;
+    for (std::size_t i = 0; i < levels; ++i) {
+      text += open;
+    }
+    return JSON::Parse(
+        (text + inner + std::wstring(levels, open[0] == L'[' ? L']' : L'}')).c_str());
+  };
+  EXPECT_TRUE(nested(512, L"[", L"") && nested(511, L"{\"k\":", L"[]"));
+  EXPECT_FALSE(nested(513, L"[", L"") || nested(512, L"{\"k\":", L"[]") ||
+               nested(1000000, L"[", L""));
 }
 
 TEST(JSONParse, DocumentsPrintBackCompactInKeyOrder) {
@@ -88,43 +96,18 @@ TEST(JSONParse, DocumentsPrintBackCompactInKeyOrder) {
   for (const auto& [text, printed] : cases) {
     EXPECT_EQ(JSON::Stringify(JSON::Parse(text).get()), printed) << printed;
   }
-  EXPECT_EQ(JSON::Stringify(nullptr), L"");
-  const wchar_t* cursor = L"a\\\"b\"rest";
+  const wchar_t* cursor = L"a\\\"b\\u00e9\"rest";
   std::wstring text;
   ASSERT_TRUE(JSON::ExtractString(&cursor, text));
-  EXPECT_EQ(text + L"|" + cursor, L"a\"b|rest");
-}
-
-TEST(JSONParse, NestingDeeperThan512LevelsFails) {
-  const auto nested = [](std::size_t levels, const std::wstring& open, const std::wstring& inner) {
-    std::wstring text;
-    for (std::size_t i = 0; i < levels; ++i) {
-      text += open;
-    }
-    return text + inner + std::wstring(levels, open == L"[" ? L']' : L'}');
-  };
-  EXPECT_NE(JSON::Parse(nested(512, L"[", L"").c_str()), nullptr);
-  EXPECT_EQ(JSON::Parse(nested(513, L"[", L"").c_str()), nullptr);
-  EXPECT_NE(JSON::Parse(nested(511, L"{\"k\":", L"[]").c_str()), nullptr);
-  EXPECT_EQ(JSON::Parse(nested(512, L"{\"k\":", L"[]").c_str()), nullptr);
-  // Far beyond the bound: refused, not a stack overflow.
-  EXPECT_EQ(JSON::Parse(std::wstring(1000000, L'[').c_str()), nullptr);
-}
-
-TEST(JSONParse, NarrowTextGoesThroughTheCLocale) {
+  EXPECT_EQ(text + L"|" + cursor + JSON::Stringify(nullptr), L"a\"b\u00e9|rest");
+  // Narrow text converts under the C locale, where only ASCII does.
   ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
   EXPECT_EQ(JSON::Stringify(JSON::Parse("{\"a\": [1.5, \"x\"]}").get()), L"{\"a\":[1.5,\"x\"]}");
-  EXPECT_EQ(JSON::Parse("1 2"), nullptr);
-  EXPECT_EQ(JSON::Parse("\"\xd0\x9f\""), nullptr) << "only ASCII converts under the C locale";
-  EXPECT_EQ(JSON::Parse(static_cast<const char*>(nullptr)), nullptr);
-  if (std::setlocale(LC_ALL, "C.UTF-8") != nullptr) {
-    const auto letter = JSON::Parse("\"\xd0\x9f\"");
-    std::setlocale(LC_ALL, "C");
-    EXPECT_EQ(JSON::Stringify(letter.get()), L"\"\\u041F\"");
-  }
+  EXPECT_FALSE(JSON::Parse("1 2") || JSON::Parse("\"\xd0\x9f\"") ||
+               JSON::Parse(static_cast<const char*>(nullptr)));
 }
 
-// type|string|bool|number|elements|members|children|has child 0 or "12"|child 0 or "12"|keys
+// type|string|bool|number|elements|members|children|has child 0 and "12"|child 0 and "12"|keys
 std::wstring accessors(const JSONValue& v) {
   std::wostringstream out;
   out << static_cast<int>(v.Type()) << L"|" << v.AsString() << L"|" << v.AsBool() << L"|"
@@ -135,15 +118,14 @@ std::wstring accessors(const JSONValue& v) {
 }
 
 TEST(JSONValue, AccessorsOfAnotherTypeReadAsEmpty) {
-  EXPECT_EQ(accessors(JSONValue()), L"0||0|nan|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(JSONValue(L"12")), L"1|12|0|nan|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(JSONValue(static_cast<const wchar_t*>(nullptr))), L"1||0|nan|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(JSONValue(std::wstring(L"x"))), L"1|x|0|nan|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(JSONValue(true)), L"2||1|nan|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(JSONValue(2.5)), L"3||0|2.5|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(JSONValue(7)), L"3||0|7|0|0|0|00|00|0");
-  EXPECT_EQ(accessors(*JSON::Parse(L"[1]")), L"4||0|nan|1|0|1|10|10|0");
-  EXPECT_EQ(accessors(*JSON::Parse(L"{\"12\":1,\"a\":2}")), L"5||0|nan|0|2|2|01|01|2");
+  EXPECT_EQ(accessors(JSONValue()) + accessors(JSONValue(static_cast<const wchar_t*>(nullptr))),
+            L"0||0|nan|0|0|0|00|00|01||0|nan|0|0|0|00|00|0");
+  EXPECT_EQ(accessors(JSONValue(L"12")) + accessors(JSONValue(std::wstring(L"x"))),
+            L"1|12|0|nan|0|0|0|00|00|01|x|0|nan|0|0|0|00|00|0");
+  EXPECT_EQ(accessors(JSONValue(true)) + accessors(JSONValue(2.5)) + accessors(JSONValue(7)),
+            L"2||1|nan|0|0|0|00|00|03||0|2.5|0|0|0|00|00|03||0|7|0|0|0|00|00|0");
+  EXPECT_EQ(accessors(*JSON::Parse(L"[1]")) + accessors(*JSON::Parse(L"{\"12\":1,\"a\":2}")),
+            L"4||0|nan|1|0|1|10|10|05||0|nan|0|2|2|01|01|2");
   const auto list = JSON::Parse(L"[10, 20]");
   EXPECT_EQ(list->Child(1)->AsNumber() + list->HasChild(1) + list->HasChild(2), 21.0);
   EXPECT_TRUE(list->Child(2) == nullptr && list->Child(static_cast<std::size_t>(-1)) == nullptr);
@@ -160,20 +142,16 @@ TEST(JSONValue, CopiesAreDeepAndPrintedTextParsesBack) {
   JSONValue moved(std::move(assigned)), target;
   target = std::move(moved);
   EXPECT_EQ(target.Stringify() + copy.Stringify(), original->Stringify() + L"3");
-
   std::wstring text = L"q\"b\\s/ \b\f\n\r\t~";
   text += {wchar_t(0x7F), wchar_t(1), wchar_t(0xE9), wchar_t(0x1F600), wchar_t(-48), L'\0'};
-  EXPECT_EQ(JSONValue(text).Stringify(),
-            L"\"q\\\"b\\\\s\\/ \\b\\f\\n\\r\\t~\\u007F\\u0001\\u00E9\\uF600\\uFFD0\\u0000\"");
-  EXPECT_EQ(JSONValue(std::nan("")).Stringify(), L"null");
-
+  EXPECT_EQ(JSONValue(text).Stringify() + JSONValue(std::nan("")).Stringify(),
+            L"\"q\\\"b\\\\s\\/ \\b\\f\\n\\r\\t~\\u007F\\u0001\\u00E9\\uF600\\uFFD0\\u0000\"null");
   const auto nested = JSON::Parse(L"{\"a\":[1,[2,3]],\"b\":{\"c\":null}}");
   const std::wstring pretty = nested->Stringify(true);
   EXPECT_EQ(pretty,
             L"{\n  \"a\":[\n    1,[\n      2,3\n    ]\n  ],\"b\":{\n    \"c\":null\n  }\n}");
-  EXPECT_EQ(JSON::Parse(pretty.c_str())->Stringify(), nested->Stringify());
-  EXPECT_EQ(JSONValue(JSONArray{}).Stringify(true) + JSONValue(true).Stringify(true),
-            L"[\n  \n]true");
+  EXPECT_EQ(JSON::Parse(pretty.c_str())->Stringify() + JSONValue(JSONArray{}).Stringify(true),
+            nested->Stringify() + L"[\n  \n]");
 }
 
 } // namespace
