@@ -1,36 +1,51 @@
-// Hand-worked cases of the numeric runtime, each worked from the documented rule: the
-// non-finite helpers, complex ordering, peak search, colon ranges, the statistics where
-// MATLAB and Octave part, thd's tone search and the smoothing's small windows.
+// What the golden files do not prove, worked by hand from the documented rules or checked
+// against identities: the non-finite helpers, complex ordering, peak search, colon ranges, the
+// statistics where MATLAB and Octave part, thd's tone search, the smoothing's small windows,
+// the arrays and their expansion, the degenerate inputs the blocks rely on, and the kept FFT
+// plans and filter designs.
+#include "coder/FftPlanCache.h"
 #include "coder/binary_expand_op.h"
+#include "coder/cumtrapz.h"
+#include "coder/detrend.h"
 #include "coder/eml_float_colon.h"
 #include "coder/envspectrum.h"
+#include "coder/fft.h"
+#include "coder/filter.h"
 #include "coder/findpeaks.h"
+#include "coder/firls.h"
+#include "coder/grp2idx.h"
+#include "coder/hilbert.h"
 #include "coder/median.h"
+#include "coder/minmax.h"
+#include "coder/mldivide.h"
 #include "coder/moments.h"
+#include "coder/periodogram.h"
+#include "coder/polyfit.h"
 #include "coder/relop.h"
 #include "coder/rtGetInf.h"
 #include "coder/rtGetNaN.h"
 #include "coder/rt_nonfinite.h"
 #include "coder/rt_snf.h"
 #include "coder/smoothdata.h"
+#include "coder/sort.h"
 #include "coder/sum.h"
 #include "coder/thd.h"
+#include "coder/windows.h"
 
 #include "support/numeric_compare.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <utility>
+#include <sstream>
+#include <thread>
 
 namespace {
 
+using namespace vek_test;
 using coder::internal::iseq;
 using coder::internal::relop;
-using V = std::vector<double>;
 const double kNaN = rtNaN, kInf = rtInf, kPi = 3.141592653589793, kR2 = 1.4142135623730951;
 
-// Values compared as printed (NaN equals NaN), to `digits` significant digits.
+// Values compared as printed (NaN equals NaN, -0 equals 0), to `digits` significant digits.
 void same(const V& got, const V& want, int digits = 17) {
   std::string text[2];
   for (int i = 0; i < 2; ++i) {
@@ -42,11 +57,46 @@ void same(const V& got, const V& want, int digits = 17) {
   }
   EXPECT_EQ(text[0], text[1]);
 }
+coder::array<creal_T, 1> toComplex(const V& re) {
+  coder::array<creal_T, 1> z;
+  z.set_size(int(re.size()));
+  for (int k = 0; k < z.numel(); ++k)
+    z[k] = {re[size_t(k)], 0.0};
+  return z;
+}
 V operator+(V a, const V& b) {
-  return vek_test::join(a, b);
+  return join(a, b);
 }
 double stat(double (*fn)(const double*, int), const V& x) {
   return fn(x.data(), int(x.size()));
+}
+// A table of cases, one per line: numbers (nan and inf too) in groups split by '|'.
+std::vector<std::vector<V>> table(const char* text) {
+  std::vector<std::vector<V>> rows;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    rows.emplace_back(1);
+    for (const char* p = line.c_str(); *p != '\0';) {
+      char* end = nullptr;
+      const double v = std::strtod(p, &end);
+      if (end != p)
+        rows.back().back().push_back(v), p = end;
+      else if (*p++ == '|')
+        rows.back().emplace_back();
+    }
+  }
+  return rows;
+}
+// Runs `make` on `threads` threads at once: every one must get the same bits.
+template <typename F> void sameBitsFromThreads(int threads, F make) {
+  std::vector<V> results(static_cast<size_t>(threads));
+  std::vector<std::thread> running;
+  for (V& r : results)
+    running.emplace_back([&r, &make] { r = make(); });
+  for (auto& th : running)
+    th.join();
+  for (const V& r : results)
+    EXPECT_EQ(r, results[0]);
 }
 
 TEST(HandWorked, NonFiniteHelpersAndComplexOrder) {
@@ -84,59 +134,58 @@ TEST(HandWorked, NonFiniteHelpersAndComplexOrder) {
        {1, 0, 0, 1, 0, 1, 0, 0, 0});
   // relop(a, b) is a < b by modulus, then angle (equal moduli 5 here), then along the growing
   // angle when both round equal (the real part near +-pi/2, the imaginary part near pi); equal
-  // values are not less, so a scan keeps its first maximum; NaN (in either part) is below all
-  const creal_T z[][2] = {{{3, 4}, {0, 6}},
-                          {{0, 6}, {3, 4}},
-                          {{5, 0}, {3, 4}},
-                          {{3, 4}, {5, 0}},
-                          {{3, -4}, {5, 0}},
-                          {{1, 2}, {1, 2}},
-                          {{1.5e308, 1.5e308}, {-1.6e308, 1.6e308}},
-                          {{1, 0}, {kNaN, 0}},
-                          {{kNaN, 0}, {1, 0}},
-                          {{kNaN, 0}, {kNaN, 0}},
-                          {{0, kNaN}, {kNaN, 0}},
-                          {{1e-20, 1}, {2e-20, 1}},
-                          {{2e-20, 1}, {1e-20, 1}},
-                          {{1e-20, -1}, {2e-20, -1}},
-                          {{-1, 2e-20}, {-1, 1e-20}},
-                          {{-1, 1e-20}, {-1, 2e-20}}};
-  V less;
-  for (const auto& p : z)
-    less.push_back(relop(p[0], p[1]));
-  same(less, {1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 0, 0, 1, 1, 1, 0});
+  // values are not less, so a scan keeps its first maximum; NaN (in either part) is below all.
+  // Near the top of the range the moduli are compared halved, not as two infinities.
+  for (const auto& c : table(R"(3 4 0 6 | 1
+    0 6 3 4 | 0
+    5 0 3 4 | 1
+    3 4 5 0 | 0
+    3 -4 5 0 | 1
+    1 2 1 2 | 0
+    1.6e308 1.6e308 -1.5e308 1.5e308 | 0
+    -1.5e308 1.5e308 1.6e308 1.6e308 | 1
+    1 0 nan 0 | 0
+    nan 0 1 0 | 1
+    nan 0 nan 0 | 0
+    0 nan nan 0 | 0
+    1e-20 1 2e-20 1 | 0
+    2e-20 1 1e-20 1 | 1
+    1e-20 -1 2e-20 -1 | 1
+    -1 2e-20 -1 1e-20 | 1
+    -1 1e-20 -1 2e-20 | 0)")) {
+    const V& z = c[0];
+    EXPECT_EQ(relop({z[0], z[1]}, {z[2], z[3]}), c[1][0] != 0) << z[0] << " " << z[1];
+  }
 }
 
 TEST(HandWorked, PeaksAndColonRanges) {
   // strictly above the left neighbour and the next different value on the right, plateaus
   // at their first sample, ends never (short inputs have none), NaN as +Inf in the scan and
   // not reported, +Inf always a peak, -Inf an ordinary low value; descending, ties stable
-  const std::pair<V, V> peaks[] = {{{1, 5, 2, 3, 7, 1}, {5, 2}},
-                                   {{9, 1, 2}, {}},
-                                   {{1, 2, 3, 4, 5}, {}},
-                                   {{5, 4, 3}, {}},
-                                   {{1, 4, 4, 4, 2}, {2}},
-                                   {{1, 4, 4, 6}, {}},
-                                   {{0, 3, 0, 3, 0, 3, 0}, {2, 4, 6}},
-                                   {{0, 2, kNaN, 2, 0}, {}},
-                                   {{0, 2, 1, kNaN, 1, 3, 0}, {6, 2}},
-                                   {{-kInf, 2, -kInf}, {2}},
-                                   {{kInf, 0, 4, 1, kInf}, {1, 5, 3}},
-                                   {{}, {}},
-                                   {{1}, {}}};
-  for (const auto& c : peaks) {
+  for (const auto& c : table(R"(1 5 2 3 7 1 | 5 2
+    9 1 2 |
+    1 2 3 4 5 |
+    5 4 3 |
+    1 4 4 4 2 | 2
+    1 4 4 6 |
+    0 3 0 3 0 3 0 | 2 4 6
+    0 2 nan 2 0 |
+    0 2 1 nan 1 3 0 | 6 2
+    -inf 2 -inf | 2
+    inf 0 4 1 inf | 1 5 3
+    |
+    1 |)")) {
     V pks, locs, want_pks;
-    coder::findpeaks(c.first.data(), int(c.first.size()), pks, locs);
-    for (double l : c.second)
-      want_pks.push_back(c.first[size_t(l) - 1]);
-    same(locs, c.second);
-    same(pks, want_pks);
+    coder::findpeaks(c[0].data(), int(c[0].size()), pks, locs);
+    for (double l : c[1])
+      want_pks.push_back(c[0][size_t(l) - 1]);
+    same(locs + pks, c[1] + want_pks);
   }
   // a : d : b as {a, d, b}, then the count and some points. Built from both ends: the second
   // half counts back from b, an odd count's centre is the midpoint, an even count's middle
   // pair comes one from each end; 0:0.015:0.1 stops at 0.09; 0:0.1:0.3 reaches 0.3 exactly
-  // though 3 * 0.1 does not. A NaN anywhere or equal infinities: one NaN; a bound on the
-  // wrong side, a zero step, an infinite bound or too many points: none
+  // though 3 * 0.1 does not. A NaN anywhere or equal infinities: one NaN; an infinite step
+  // only a; a bound on the wrong side, a zero step, an infinite bound or too many points: none
   const double a = 24.73 - 0.1, b = 24.73 + 0.1;
   const std::pair<V, V> colons[] = {
       {{a, 0.001, b}, {201, a, a + 10 * 0.001, a + 50 * 0.001, (a + b) / 2, b - 50 * 0.001, b}},
@@ -145,6 +194,7 @@ TEST(HandWorked, PeaksAndColonRanges) {
       {{0, 0.1, 0.3}, {4, 0, 0.1, 0.3 - 0.1, 0.3}},
       {{5, 0.002, 5}, {1, 5}},
       {{3, -1, 1}, {3, 3, 2, 1}},
+      {{0, kInf, 1}, {1, 0}},
       {{kNaN, 0.01, 1}, {1, kNaN}},
       {{0, kNaN, 1}, {1, kNaN}},
       {{0, 0.01, kNaN}, {1, kNaN}},
@@ -165,18 +215,15 @@ TEST(HandWorked, PeaksAndColonRanges) {
   }
   // the scans' ranges span whole numbers of steps between rounded frequencies: that many
   // points plus one, the last the upper bound itself, every point within a few ulp of a + k d
-  for (double d : {0.001, 0.002, 0.005, 0.01, 0.015, 0.1}) {
-    for (int steps : {1, 2, 3, 50, 101, 400, 5400}) {
+  for (double d : {0.001, 0.002, 0.005, 0.01, 0.015, 0.1})
+    for (int steps : {1, 2, 3, 50, 101, 400, 5400})
       for (double lo : {0.0, 0.4 * 24.37, 3.0, 47.0, 49.6, 117.31}) {
         coder::array<double, 2> y;
         coder::eml_float_colon(lo, d, lo + steps * d, y);
-        ASSERT_EQ(y.size(1), steps + 1) << lo << ":" << d << ":" << steps;
-        ASSERT_EQ(y[steps], lo + steps * d) << lo << ":" << d << ":" << steps;
+        ASSERT_EQ(V({double(y.size(1)), y[steps]}), V({steps + 1.0, lo + steps * d})) << lo << d;
         for (int k = 0; k <= steps; ++k)
           ASSERT_NEAR(y[k], lo + k * d, 8 * 2.220446049250313e-16 * (lo + steps * d)) << k;
       }
-    }
-  }
 }
 
 TEST(HandWorked, StatisticsWhereMatlabAndOctavePart) {
@@ -206,38 +253,24 @@ TEST(HandWorked, StatisticsWhereMatlabAndOctavePart) {
   same({stat(coder::sum, ones), zs.re, zs.im}, {0, stat(coder::sum, re), stat(coder::sum, im)});
 }
 
-TEST(HandWorked, ThdToneSearchSmallWindowsAndTooLittleData) {
-  // a tone over bins 1..3 of a PSD on a 1 Hz grid. Global maximum at bin 2: the left roll
-  // stops at bin 0, the right one after bin 4 (0.05 < 0.2); the tone starts at 0 Hz, so the
-  // extra width (4 - 0)/4 goes to the end. Near 5.2 Hz: bins 4..6, extra width first. A
-  // wide noise bandwidth lifts the power and pins the frequency; beyond the grid: NaN.
-  const auto P = vek_test::toColumn({0.1, 2.0, 8.0, 4.0, 0.05, 0.2, 0.1});
-  const auto F = vek_test::toColumn({0, 1, 2, 3, 4, 5, 6});
-  const std::pair<V, V> tones[] = {
-      // {rbw, has target, target}, {power, freq, left, right}
-      {{0.5, 0, 0}, {14.15, (2 + 16 + 12 + 0.2) / 14.15, 0, 4}},
-      {{0.5, 1, 5.2}, {0.05 + 0.2 + 0.1, (0.2 + 1 + 0.6) / 0.35, 4, 6}},
-      {{3, 1, 5}, {0.6000000000000001, 5, 4, 6}},
-      {{0.5, 1, 6.5}, {kNaN, kNaN}}};
-  for (const auto& c : tones) {
+TEST(HandWorked, ThdToneSearchOnAnUnevenGrid) {
+  // a tone over bins 0..4 of a PSD on a grid of uneven steps. Global maximum at bin 2: the
+  // left roll stops at bin 0, the right one after bin 4 (0.05 < 0.2); the tone starts at 0 Hz,
+  // so the extra width (4 - 0)/4 goes to the end. Near 5.2 Hz: bins 4..6, extra width first.
+  // A wide noise bandwidth lifts the power and pins the frequency; beyond the grid: NaN.
+  const auto P = toColumn({0.1, 2.0, 8.0, 4.0, 0.05, 0.2, 0.1});
+  const auto F = toColumn({0, 1, 2.5, 3, 4, 5.5, 6});
+  for (const auto& c : table(R"(0.5 0 0 | 11.15 2.4169611307420498 0 4
+    0.5 1 5.2 | 0.4 5.4285714285714288 4 6
+    3 1 5 | 0.6000000000000001 5.5 4 6
+    0.5 1 6.5 | nan nan)")) {
     double power = 0, freq = 0;
     int left = 0, right = 0;
-    coder::getToneFromPSD(P, F, c.first[0], c.first[1] != 0, c.first[2], power, freq, left, right);
+    coder::getToneFromPSD(P, F, c[0][0], c[0][1] != 0, c[0][2], power, freq, left, right);
     V got = {power, freq, double(left), double(right)};
-    got.resize(c.second.size());
-    same(got, c.second, 15);
+    got.resize(c[1].size());
+    same(got, c[1], 15);
   }
-  // silence has no fundamental; one sample or one harmonic: NaN; envspectrum of fewer than
-  // four samples: four empty arrays
-  coder::array<double, 1> x = vek_test::toColumn(V(1000, 3.0)), hp, hf, es, f, env, t, tone(x);
-  for (int k = 0; k < 1000; ++k)
-    tone[k] = std::sin(2 * kPi * 50 * k / 500.0);
-  same({coder::thd(x, 500.0, 5, hp, hf), hf[0],
-        coder::thd(vek_test::toColumn({1.0}), 500.0, 5, hp, hf),
-        coder::thd(tone, 500.0, 1, hp, hf)},
-       {kNaN, kNaN, kNaN, kNaN});
-  coder::envspectrum(vek_test::toRow({1.0, 2.0, 3.0}), 16000.0, es, f, env, t);
-  EXPECT_EQ(es.numel() + f.numel() + env.numel() + t.numel(), 0);
 }
 
 TEST(Smoothdata, SmallWindowsMissingValuesRepeatedStampsAndUnevenEnds) {
@@ -276,8 +309,7 @@ TEST(Smoothdata, SmallWindowsMissingValuesRepeatedStampsAndUnevenEnds) {
   V nudged = te;
   nudged[7] = std::nextafter(nudged[7], 1e9);
   for (double samples : {5, 6, 9, 10, 17, 50})
-    EXPECT_TRUE(vek_test::closeRelative(loess(x, nudged, samples * 600),
-                                        loess(x, te, samples * 600), 1e-12))
+    EXPECT_TRUE(closeRelative(loess(x, nudged, samples * 600), loess(x, te, samples * 600), 1e-12))
         << samples;
 }
 
@@ -327,17 +359,185 @@ TEST(HandWorked, CoderArrayAndImplicitExpansion) {
   static_assert(sizeof(creal_T) == 2 * sizeof(double), "complex values are adjacent doubles");
   // expansion repeats extents of 1 (a rank-1 column against a row too); extents that differ
   // otherwise give an empty result rather than reading past either operand
-  coder::array<double, 2> col = vek_test::toRow({1, 2, 3}), row = vek_test::toRow({10, 20}), sum,
-                          product, diff, bad;
-  coder::array<double, 1> vec = vek_test::toColumn({1, 2});
+  coder::array<double, 2> col = toRow({1, 2, 3}), row = toRow({10, 20}), sum, product, diff, bad;
+  coder::array<double, 1> vec = toColumn({1, 2});
   col.set_size(3, 1);
   coder::plus(sum, col, row);
   coder::times(product, sum, sum);
   coder::minus(diff, vec, row);
-  coder::rdivide(bad, row, vek_test::toRow({1, 1, 1}));
+  coder::rdivide(bad, row, toRow({1, 1, 1}));
   same({double(sum.size(0)), double(sum.size(1)), sum(2, 1), sum(0, 0), product(1, 1),
         double(diff.size(0) * 10 + diff.size(1)), diff(1, 0), diff(0, 1), double(bad.numel())},
        {3, 2, 23, 11, 22 * 22, 22, -8, -19, 0});
+}
+
+TEST(Degenerate, TooLittleDataEmptyNaNInPlaceAndRankDeficient) {
+  // Too little data: envspectrum of fewer than four samples, thd of one sample, of one
+  // harmonic or of silence (no fundamental), firls of an odd order or edge count,
+  // periodogram with a window of another length, cumtrapz with fewer times than samples
+  // (NaN steps, nothing read beyond t), filter without taps (zeros, in place too).
+  coder::array<double, 1> x = toColumn(V(1000, 3.0)), tone(x), hp, hf, es, f, env, t, w, P, F;
+  for (int k = 0; k < 1000; ++k)
+    tone[k] = std::sin(2 * kPi * 50 * k / 500.0);
+  const V thds = {coder::thd(x, 500.0, 5, hp, hf), hf[0],
+                  coder::thd(toColumn({1.0}), 500, 5, hp, hf), coder::thd(tone, 500.0, 1, hp, hf)};
+  coder::envspectrum(toRow({1.0, 2.0, 3.0}), 16000.0, es, f, env, t);
+  coder::array<double, 2> odd, odd_edges, z, y = toRow({1.0, 3.0, 2.0});
+  coder::firls(31, {0, 0.5, 0.6, 1}, {1, 1, 0, 0}, odd);
+  coder::firls(30, {0, 0.5, 0.6}, {1, 1, 0}, odd_edges);
+  coder::tukeywin(7, w);
+  coder::periodogram(toColumn(lcgSignal(1, 64)), w, 64, 1000.0, P, F);
+  coder::cumtrapz(toRow({0.0, 1.0}), y, z);
+  same(thds +
+           V{double(es.numel() + f.numel() + env.numel() + t.numel() + odd.numel() +
+                    odd_edges.numel() + P.numel() + F.numel())} +
+           V{double(z.size(0)), double(z.size(1))} + toVector(z),
+       {kNaN, kNaN, kNaN, kNaN, 0, 1, 3, 0, 2, kNaN});
+  coder::array<double, 1> b = toColumn({0.25, 0.5, 0.25}), pulse = toColumn({1, 0, 0, 0, 2}), yf;
+  coder::filter(coder::array<double, 1>(), pulse, yf);
+  coder::filter(b, pulse, pulse);
+  same(toVector(yf) + toVector(pulse), V(5, 0.0) + V{0.25, 0.5, 0.25, 0, 0.5});
+  // Empty and in place: transforms of nothing, a complex transform into its own input, a
+  // NaN spreading over a detrended row written in place, windows of no or negative length,
+  // the Kaiser window of a NaN beta.
+  coder::array<creal_T, 1> spec = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
+  coder::fft(spec, 8, out);
+  coder::fft(spec, 8, spec);
+  coder::fft(toColumn({1, 2}), 0, none);
+  coder::hilbert(coder::array<double, 1>(), analytic);
+  coder::array<double, 2> line = toRow(lcgSignal(3, 50));
+  line[7] = kNaN;
+  coder::detrend(line, line);
+  coder::tukeywin(0, w);
+  coder::hanning(-3, P);
+  coder::kaiser(3, kNaN, F);
+  EXPECT_EQ(flatten(spec), flatten(out));
+  same(V{double(none.numel() + analytic.numel() + w.numel() + P.numel()), F[0],
+         coder::internal::besselI0(-kInf), coder::internal::besselI0(0),
+         coder::internal::besselI0(1)} +
+           toVector(line),
+       V{0, kNaN, kInf, 1, 1.2660658777520084} + V(50, kNaN));
+  // Least squares: three points for a cubic are rank 3, one coefficient exactly 0, the fit
+  // through the points; all abscissae equal (std 0) or a NaN in the data: every coefficient
+  // NaN. A duplicated column: rank 1, the pivoted-out coefficient exactly 0. A square system
+  // needing a row swap: [0 2; 1 1] x = [4; 3] gives [1; 2].
+  const V tp = {0.0, 1.0, 3.0}, xp = {1.0, 2.0, 0.5}, nan_y = {3, 4, kNaN};
+  V p, pc, pn, back(3), xs(2), xq(2);
+  double mu[2], mu_flat[2];
+  int rank = 0;
+  coder::polyfit(tp.data(), xp.data(), 3, 3, p, nullptr, mu);
+  coder::polyval(p, tp.data(), 3, mu, back.data());
+  coder::polyfit(V(3, 5.0).data(), xp.data(), 3, 3, pc, nullptr, mu_flat);
+  coder::polyfit(tp.data(), nan_y.data(), 3, 3, pn, nullptr, mu);
+  coder::mldivide(V({0, 1, 2, 1}).data(), 2, 2, V({4, 3}).data(), xs.data());
+  coder::qrsolve(V({1, 2, 3, 1, 2, 3}).data(), 3, 2, V({2, 4, 6}).data(), xq.data(), &rank);
+  EXPECT_TRUE(closeRelative(back, xp, 1e-13)); // rounding of a 3-point fit
+  same(V{double(std::count(p.begin(), p.end(), 0.0)), mu_flat[1], double(rank), xq[0] * xq[1]} +
+           pc + pn + xs,
+       V{1, 0, 1, 0} + V(8, kNaN) + V{1, 2});
+  EXPECT_NEAR(xq[0] + xq[1], 2.0, 2e-15);
+}
+
+TEST(Degenerate, GroupsOrderAndExtremesOfNaN) {
+  // groups numbered in sorted order, NaN missing, -0 and 0 one group (labelled +0)
+  V g, labels, g2, none;
+  coder::grp2idx(V({3, 1, kNaN, 2, 3, -0.0, 0, kNaN}).data(), 8, g, labels);
+  coder::grp2idx(V({50, 48, 50, 0, 0, 24, 50}).data(), 7, g2, none);
+  EXPECT_FALSE(std::signbit(labels[0]));
+  same(g + labels + g2, {4, 2, kNaN, 3, 4, 1, 1, kNaN, 0, 1, 2, 3, 4, 3, 4, 1, 1, 2, 4});
+  coder::grp2idx(nullptr, 0, g, none);
+  EXPECT_EQ(g.size() + none.size(), 0U);
+  // extremes skip NaN (a leading one too), the first of equal values wins, all NaN gives the
+  // first; complex: equal moduli, angle pi/4 beats -3pi/4. Sorting: ascending, NaN last, stable.
+  int i = 0, j = 0, k = 0, ci = 0, cj = 0;
+  const V x = {kNaN, 2.0, 5.0, 5.0, kNaN, -1.0, -1.0}, all_nan = {kNaN, kNaN};
+  const std::vector<creal_T> z = {{kNaN, 0}, {1, 1}, {0, kNaN}, {-1, -1}, {1, 1}, {-1, -1}};
+  V s = {3.0, kNaN, -kInf, 1.0, 3.0, kInf, -0.5}, three = {2.0, 1.0, 2.0};
+  std::vector<int> idx(7);
+  const V got = {coder::internal::maximum(x.data(), 7, &i),       double(i),
+                 coder::internal::minimum(x.data(), 7, &j),       double(j),
+                 coder::internal::maximum(all_nan.data(), 2, &k), double(k),
+                 coder::internal::maximum(z.data(), 6, &ci).re,   double(ci),
+                 coder::internal::minimum(z.data(), 6, &cj).re,   double(cj)};
+  coder::internal::sort(s.data(), 7, idx.data());
+  coder::internal::sort(three.data(), 3, nullptr);
+  same(got + s + three + V(idx.begin(), idx.end()),
+       V{5, 3, -1, 6, kNaN, 1, 1, 2, -1, 4} + V{-kInf, -0.5, 1, 3, 3, kInf, kNaN, 1, 2, 2} +
+           V{3, 7, 4, 1, 5, 6, 2});
+}
+
+TEST(Fft, ThreadsPlanningNewLengthsAtOnceGetTheSameBits) {
+  // The loop and a recalculation job transform at once; the first use of a length plans it.
+  sameBitsFromThreads(8, [] {
+    V r;
+    for (int n : {3001, 3002, 3003, 4099, 5000, 6007}) {
+      coder::array<creal_T, 2> y;
+      coder::fft(toRow(lcgSignal(5, n)), n, y);
+      r = join(r, flatten(y));
+    }
+    return r;
+  });
+}
+
+TEST(Fft, LengthsBeyondTheKeptPlansStillTransformCorrectly) {
+  // Signals of ever new lengths fill the real kind's kept plans; past them each call plans for
+  // itself and the results stay those of the complex transform's kept plans. The other kinds
+  // keep their own plans.
+  using coder::internal::FftPlanCache;
+  auto& cache = FftPlanCache::instance();
+  const size_t complex_kept = cache.size(FftPlanCache::Kind::ComplexForward);
+  for (int n = 700; n < 700 + 2 * int(FftPlanCache::kMaxPlans); ++n) {
+    coder::array<creal_T, 2> y;
+    coder::array<creal_T, 1> yc;
+    coder::fft(toRow(lcgSignal(n, n)), n, y);
+    if (n % 16 == 0) { // the complex transform of the same signal, eight new lengths
+      coder::fft(toComplex(lcgSignal(n, n)), n, yc);
+      EXPECT_TRUE(closeRelative(flatten(y), flatten(yc), 1e-13)) << n;
+    }
+  }
+  EXPECT_EQ(cache.size(FftPlanCache::Kind::RealForward), FftPlanCache::kMaxPlans);
+  coder::array<creal_T, 1> y;
+  coder::fft(toComplex(V(9001, 0.5)), 9001, y);
+  EXPECT_EQ(cache.size(FftPlanCache::Kind::ComplexForward), complex_kept + 9);
+}
+
+TEST(Firls, FixedFormsOfTheBlocksAndTheCache) {
+  const double edges[6] = {0.0, 45.0 / 125.0, 49.0 / 125.0, 51.0 / 125.0, 55.0 / 125.0, 1.0};
+  coder::array<double, 2> h500, h298;
+  coder::firls(edges, h500);
+  coder::b_firls(edges, h298);
+  const V f(edges, edges + 6), a = {0, 0, 1, 1, 0, 0};
+  // The blocks' fixed forms are the general design of their orders, handed out unchanged.
+  const auto first = coder::firlsTaps(500, f, a);
+  EXPECT_EQ(first.get(), coder::firlsTaps(500, f, a).get());
+  EXPECT_EQ(join(*first, *coder::firlsTaps(298, f, a)), join(toVector(h500), toVector(h298)));
+  // threads asking for a new design at once get the same bits
+  sameBitsFromThreads(4, [] {
+    return *coder::firlsTaps(298, {0, .1, .15, .3, .35, 1}, {0, 0, 1, 1, 0, 0});
+  });
+}
+
+// The least-squares optimum makes the error H - D orthogonal to every cosine of the design
+// over the bands: composite Simpson, 4000 intervals per band (about 1e-14), independent of
+// the closed-form sinc sums the design is built from, with a sloped band (the golden designs
+// have flat ones only).
+TEST(Firls, ErrorIsOrthogonalToEveryCosineOverTheBands) {
+  const V f = {0, .3, .5, 1}, a = {0, 1, .5, .5};
+  coder::array<double, 2> h;
+  coder::firls(30, f, a, h);
+  for (int i = 0; i <= 15; ++i) {
+    double inner = 0.0;
+    for (size_t s = 0; s + 1 < f.size(); s += 2)
+      for (int q = 0; q <= 4000; ++q) {
+        const double step = (f[s + 1] - f[s]) / 8000, F = f[s] / 2.0 + q * step;
+        double H = h[15] - a[s] - (a[s + 1] - a[s]) * q / 4000.0; // minus D
+        for (int k = 1; k <= 15; ++k)
+          H += 2.0 * h[15 - k] * std::cos(2.0 * kPi * k * F);
+        const double weight = (q == 0 || q == 4000) ? 1.0 : (q % 2 == 1 ? 4.0 : 2.0);
+        inner += weight * H * std::cos(2.0 * kPi * i * F) * step / 3.0;
+      }
+    EXPECT_LT(std::fabs(inner), 1e-11) << "cosine " << i;
+  }
 }
 
 } // namespace

@@ -6,11 +6,9 @@ rand('state', 3);
 for n = [1 2 3 7 64 1000 4096]
   t = (0:n - 1)' / 26667;
   y = randn(n, 1);
-  golden_print(fid, sprintf('t_%d', n), t);
-  golden_print(fid, sprintf('y_%d', n), y);
-  golden_print(fid, sprintf('z_%d', n), cumtrapz(t, y));
   tj = cumsum(0.5 + rand(n, 1)) / 1000;
-  golden_print(fid, sprintf('tj_%d', n), tj);
-  golden_print(fid, sprintf('zj_%d', n), cumtrapz(tj, y));
+  s = sprintf('_%d', n);
+  golden_print(fid, ['t' s], t, ['y' s], y, ['z' s], cumtrapz(t, y));
+  golden_print(fid, ['tj' s], tj, ['zj' s], cumtrapz(tj, y));
 end
 fclose(fid);

@@ -11,35 +11,28 @@ for L = [1 2 3 5 7 8 13 16 64 97 100 128 1000 1024]
       continue;
     end
     y = fft(x, n);
-    golden_print(fid, sprintf('re_%d_%d', L, n), real(y));
-    golden_print(fid, sprintf('im_%d_%d', L, n), imag(y));
+    golden_print(fid, sprintf('re_%d_%d', L, n), real(y), sprintf('im_%d_%d', L, n), imag(y));
   end
 end
 x = randn(1, 10);
-golden_print(fid, 'xcut', x);
 y = fft(x, 6);
-golden_print(fid, 'recut', real(y));
-golden_print(fid, 'imcut', imag(y));
+golden_print(fid, 'xcut', x, 'recut', real(y), 'imcut', imag(y));
 for L = [1 2 3 8 13 100 128]
   z = randn(1, L) + 1i * randn(1, L);
-  golden_print(fid, sprintf('zre_%d', L), real(z));
-  golden_print(fid, sprintf('zim_%d', L), imag(z));
   y = fft(z);
-  golden_print(fid, sprintf('fre_%d', L), real(y));
-  golden_print(fid, sprintf('fim_%d', L), imag(y));
-  y = ifft(z);
-  golden_print(fid, sprintf('ire_%d', L), real(y));
-  golden_print(fid, sprintf('iim_%d', L), imag(y));
+  w = ifft(z);
+  s = sprintf('_%d', L);
+  golden_print(fid, ['zre' s], real(z), ['zim' s], imag(z), ['fre' s], real(y), ['fim' s], imag(y));
+  golden_print(fid, ['ire' s], real(w), ['iim' s], imag(w));
 end
 for L = [4096 16384]
   x = lcg_signal(7, L);
   for n = [L, 4 * L, 16 * L]
     y = fft(x, n);
     idx = unique([0:15, round(linspace(16, n - 1, 48)), n / 2 - 1, n / 2, n / 2 + 1, n - 1]);
-    golden_print(fid, sprintf('bins_%d_%d', L, n), idx);
-    golden_print(fid, sprintf('bre_%d_%d', L, n), real(y(idx + 1)));
-    golden_print(fid, sprintf('bim_%d_%d', L, n), imag(y(idx + 1)));
-    golden_print(fid, sprintf('bpow_%d_%d', L, n), sum(abs(y) .^ 2));
+    s = sprintf('_%d_%d', L, n);
+    golden_print(fid, ['bins' s], idx, ['bre' s], real(y(idx + 1)), ['bim' s], imag(y(idx + 1)));
+    golden_print(fid, ['bpow' s], sum(abs(y) .^ 2));
   end
 end
 fclose(fid);

@@ -7,12 +7,8 @@ for c = 1:rows(cases)
   b = randn(1, cases(c, 1));
   x = randn(1, cases(c, 2)) + 1i * randn(1, cases(c, 2));
   y = filter(b, 1, x);
-  key = sprintf('%d_%d', cases(c, :));
-  golden_print(fid, ['b_' key], b);
-  golden_print(fid, ['xre_' key], real(x));
-  golden_print(fid, ['xim_' key], imag(x));
-  golden_print(fid, ['yre_' key], real(y));
-  golden_print(fid, ['yim_' key], imag(y));
-  golden_print(fid, ['yreal_' key], filter(b, 1, real(x)));
+  s = sprintf('_%d_%d', cases(c, :));
+  golden_print(fid, ['b' s], b, ['xre' s], real(x), ['xim' s], imag(x), ['yre' s], real(y));
+  golden_print(fid, ['yim' s], imag(y), ['yreal' s], filter(b, 1, real(x)));
 end
 fclose(fid);

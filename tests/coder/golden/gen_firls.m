@@ -13,9 +13,7 @@ designs = {'short30', 30, [0 0.2 0.3 0.5 0.6 1], bp; 'short40', 40, [0 0.1 0.25 
   'o500cor', 500, [0 45 49 51 55 125] / 125, bp; 'o500p2', 500, [0 18 22 26 30 125] / 125, bp};
 for d = 1:rows(designs)
   [name, order, f, a] = designs{d, :};
-  golden_print(fid, ['order_' name], order);
-  golden_print(fid, ['f_' name], f);
-  golden_print(fid, ['a_' name], a);
+  golden_print(fid, ['order_' name], order, ['f_' name], f, ['a_' name], a);
   golden_print(fid, ['h_' name], firls(order, f, a));
 end
 fclose(fid);

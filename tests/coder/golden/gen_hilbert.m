@@ -7,15 +7,13 @@ randn('state', 4711);
 for n = [1 2 3 4 5 8 9 16 17 100 101 1000 1001]
   x = randn(1, n);
   z = hilbert(x);
-  golden_print(fid, sprintf('x_%d', n), x);
-  golden_print(fid, sprintf('re_%d', n), real(z));
-  golden_print(fid, sprintf('im_%d', n), imag(z));
+  s = sprintf('_%d', n);
+  golden_print(fid, ['x' s], x, ['re' s], real(z), ['im' s], imag(z));
 end
 for n = [4096 16384]
   z = hilbert(lcg_signal(9, n));
   idx = 0:61:n - 1;
-  golden_print(fid, sprintf('idx_%d', n), idx);
-  golden_print(fid, sprintf('bre_%d', n), real(z(idx + 1)));
+  golden_print(fid, sprintf('idx_%d', n), idx, sprintf('bre_%d', n), real(z(idx + 1)));
   golden_print(fid, sprintf('bim_%d', n), imag(z(idx + 1)));
 end
 fclose(fid);

@@ -9,8 +9,5 @@ for n = [2 3 8 97 1000]
   vq = interp1(x, v, xq);
   vq(isna(vq)) = NaN;
   s = sprintf("_%d", n);
-  golden_print(1, ["x" s], x);
-  golden_print(1, ["v" s], v);
-  golden_print(1, ["xq" s], xq);
-  golden_print(1, ["vq" s], vq);
+  golden_print(1, ["x" s], x, ["v" s], v, ["xq" s], xq, ["vq" s], vq);
 end

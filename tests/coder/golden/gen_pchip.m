@@ -9,8 +9,5 @@ for n = [2 3 4 9 100]
   end
   xq = [x(1) - 0.7, linspace(x(1), x(end), 61), x(end) + 0.9];
   s = sprintf("_%d", n);
-  golden_print(1, ["x" s], x);
-  golden_print(1, ["v" s], v);
-  golden_print(1, ["xq" s], xq);
-  golden_print(1, ["vq" s], pchip(x, v, xq));
+  golden_print(1, ["x" s], x, ["v" s], v, ["xq" s], xq, ["vq" s], pchip(x, v, xq));
 end

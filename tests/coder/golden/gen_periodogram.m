@@ -8,16 +8,13 @@ cases = [1000 1000 500; 999 999 500; 257 512 10000; 4096 4096 10000; 2 2 500; 3 
 for c = 1:rows(cases)
   x = randn(cases(c, 1), 1);
   [P, F] = periodogram(x, kaiser(cases(c, 1), 38), cases(c, 2), cases(c, 3));
-  golden_print(fid, sprintf('case_%d', c), cases(c, :));
-  golden_print(fid, sprintf('x_%d', c), x);
-  golden_print(fid, sprintf('P_%d', c), P);
-  golden_print(fid, sprintf('F_%d', c), F);
+  s = sprintf('_%d', c);
+  golden_print(fid, ['case' s], cases(c, :), ['x' s], x, ['P' s], P, ['F' s], F);
 end
 for n = [100 300 1000]
   x = randn(n, 1);
   [P, w] = periodogram(x);
-  golden_print(fid, sprintf('dx_%d', n), x);
-  golden_print(fid, sprintf('dP_%d', n), P);
-  golden_print(fid, sprintf('dw_%d', n), w);
+  s = sprintf('_%d', n);
+  golden_print(fid, ['dx' s], x, ['dP' s], P, ['dw' s], w);
 end
 fclose(fid);

@@ -9,11 +9,6 @@ for n = [4 5 7 16 100 1000]
   [p, S, mu] = polyfit(t, x, 3);
   tq = linspace(t(1), t(end) * 1.5, 37);
   s = sprintf("_%d", n);
-  golden_print(1, ["t" s], t);
-  golden_print(1, ["x" s], x);
-  golden_print(1, ["p" s], p);
-  golden_print(1, ["mu" s], mu');
-  golden_print(1, ["normr" s], S.normr);
-  golden_print(1, ["tq" s], tq);
-  golden_print(1, ["yq" s], polyval(p, tq, S, mu));
+  golden_print(1, ["t" s], t, ["x" s], x, ["p" s], p, ["mu" s], mu', ["normr" s], S.normr);
+  golden_print(1, ["tq" s], tq, ["yq" s], polyval(p, tq, S, mu));
 end

@@ -1,9 +1,7 @@
-% Reference values of smoothdata(a, 'loess', 'SamplePoints', t) with the automatic window.
-% Octave has no smoothdata, so this script is a second, independent transcription of the
-% documented MATLAB rules (chooseWindowSize with fft, cumsum and Octave's pchip; weighted
-% quadratic fits solved by Octave's backslash), on histories shaped like a parameter's
-% moving mean: uniform steps, jittered steps, gaps, and short series. Run from this folder:
-%   octave --no-gui --quiet gen_smoothdata.m > smoothdata.txt
+% smoothdata(a, 'loess', 'SamplePoints', t) with the automatic window, which Octave lacks: a
+% second, independent transcription of the documented MATLAB rules (chooseWindowSize by fft,
+% cumsum and pchip; weighted quadratic fits by backslash) on histories like a parameter's
+% moving mean: uniform and jittered steps, gaps, short series; writes to standard output.
 1;
 function w = heuristic(a)
   n = numel(a);
@@ -66,10 +64,8 @@ function s = loess(a, t, w)
 end
 function emit(name, t, a)
   w = choose_window(a, t);
-  golden_print(stdout, ["t_" name], t);
-  golden_print(stdout, ["a_" name], a);
-  golden_print(stdout, ["window_" name], w);
-  golden_print(stdout, ["s_" name], loess(a, t, w));
+  golden_print(stdout, ["t_" name], t, ["a_" name], a);
+  golden_print(stdout, ["window_" name], w, ["s_" name], loess(a, t, w));
 end
 randn("state", 21);
 rand("state", 21);

@@ -9,7 +9,5 @@ for n = [1 2 3 7 16 101 401]
   end
   [B, idx] = sortrows(A, -1);
   s = sprintf("_%d", n);
-  golden_print(1, ["a" s], A(:)');
-  golden_print(1, ["b" s], B(:)');
-  golden_print(1, ["idx" s], idx');
+  golden_print(1, ["a" s], A(:)', ["b" s], B(:)', ["idx" s], idx');
 end

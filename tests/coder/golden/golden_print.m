@@ -1,7 +1,10 @@
-function golden_print(fid, name, v)
-  % One golden entry "name: v1 v2 ..." (%.17g). Every gen_X.m writes X.txt; run it from this
-  % folder: octave --no-gui --quiet gen_X.m (those writing to standard output: > X.txt).
-  fprintf(fid, '%s:', name);
-  fprintf(fid, ' %.17g', v(:));
-  fprintf(fid, '\n');
+function golden_print(fid, varargin)
+  % Golden entries "name: v1 v2 ..." (%.17g), a line per name-value pair. Every gen_X.m writes
+  % X.txt; run it from this folder: octave --no-gui --quiet gen_X.m (to standard output: > X.txt).
+  for i = 1:2:numel(varargin)
+    v = varargin{i + 1};
+    fprintf(fid, '%s:', varargin{i});
+    fprintf(fid, ' %.17g', v(:));
+    fprintf(fid, '\n');
+  end
 end
