@@ -2,7 +2,6 @@
 
 #include <cctype>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -79,6 +78,12 @@ std::string StoreTest::fileText(const std::string& path) {
   return text.str();
 }
 
+void StoreTest::exec(const std::string& statements) {
+  pqxx::work work(*sql_);
+  work.exec(statements);
+  work.commit();
+}
+
 std::string StoreTest::scalar(const std::string& statement) {
   const pqxx::result rows = query(statement);
   return rows.empty() || rows[0].empty() || rows[0][0].is_null() ? "" : rows[0][0].c_str();
@@ -86,10 +91,8 @@ std::string StoreTest::scalar(const std::string& statement) {
 
 std::string StoreTest::temporaryFile(const std::string& stem) {
   static int count = 0;
-  temporary_files_.push_back(
-      (std::filesystem::temp_directory_path() /
-       ("vek-" + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".log"))
-          .string());
+  const auto name = "vek-" + stem + "-" + std::to_string(getpid()) + "-" + std::to_string(count++);
+  temporary_files_.push_back((std::filesystem::temp_directory_path() / name).string());
   std::remove(temporary_files_.back().c_str());
   return temporary_files_.back();
 }

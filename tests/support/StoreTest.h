@@ -3,7 +3,6 @@
 // Tests against the throwaway PostgreSQL of scripts/with-postgres derive from StoreTest: a fresh
 // database from the schema template (ctest runs each test in a process of its own), a store
 // logging to a file of its own and a plain connection. Without the server every test FAILS.
-
 #include <gtest/gtest.h>
 #include <memory>
 #include <pqxx/pqxx>
@@ -35,26 +34,19 @@ private:
 
 class StoreTest : public ::testing::Test {
 public:
-  // The whole text of a file, "" when it does not exist.
-  static std::string fileText(const std::string& path);
+  static std::string fileText(const std::string& path); // the whole file, "" when there is none
 
 protected:
   ~StoreTest() override;
   static void TearDownTestSuite() { database_.reset(); }
   void SetUp() override;
-
   WorkPostgreSQL& store() { return *store_; }
-  // The store's log and everything written to it so far (file lines only).
   PrintLog& log() { return *log_; }
-  std::string logText() const { return fileText(log_path_); }
+  std::string logText() const { return fileText(log_path_); } // the store's log file so far
   // The plain connection; exec() runs statements in one committed transaction, query() one
   // query, scalar() its first field as text ("" for no row or NULL).
   pqxx::connection& sql() { return *sql_; }
-  void exec(const std::string& statements) {
-    pqxx::work work(*sql_);
-    work.exec(statements);
-    work.commit();
-  }
+  void exec(const std::string& statements);
   pqxx::result query(const std::string& statement) {
     return pqxx::nontransaction(*sql_).exec(statement);
   }
