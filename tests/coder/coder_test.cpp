@@ -1,0 +1,964 @@
+// The numeric runtime against references: Octave's (or MATLAB's published) results in the
+// golden files, read by one driver (golden/gen_*.m write them and say how each is built);
+// hand-worked cases of the documented rules; identities and direct sums in extended
+// precision; the degenerate inputs the blocks rely on; the kept FFT plans and filter designs.
+#include "coder/FftPlanCache.h"
+#include "coder/binary_expand_op.h"
+#include "coder/correlation_scan.h"
+#include "coder/cumtrapz.h"
+#include "coder/detrend.h"
+#include "coder/eml_float_colon.h"
+#include "coder/envspectrum.h"
+#include "coder/fft.h"
+#include "coder/filter.h"
+#include "coder/findpeaks.h"
+#include "coder/firls.h"
+#include "coder/grp2idx.h"
+#include "coder/hilbert.h"
+#include "coder/interp1.h"
+#include "coder/median.h"
+#include "coder/minmax.h"
+#include "coder/mldivide.h"
+#include "coder/moments.h"
+#include "coder/movfun.h"
+#include "coder/pchip.h"
+#include "coder/periodogram.h"
+#include "coder/polyfit.h"
+#include "coder/relop.h"
+#include "coder/rtGetInf.h"
+#include "coder/rtGetNaN.h"
+#include "coder/rt_nonfinite.h"
+#include "coder/rt_snf.h"
+#include "coder/smoothdata.h"
+#include "coder/sort.h"
+#include "coder/sum.h"
+#include "coder/thd.h"
+#include "coder/windows.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <random>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+using V = std::vector<double>;
+using S = std::string;
+using coder::internal::iseq;
+using coder::internal::relop;
+const double kNaN = rtNaN, kInf = rtInf, kPi = 3.141592653589793, kR2 = 1.4142135623730951;
+
+// |got - want| <= tol * max(|want|, floor) element by element; without a floor, norm-wise:
+// against the largest finite |want| (1 when all are 0), so a tolerance of 0 asks for the same
+// values. A NaN where a number belongs, or a wrong infinity, fails whatever the tolerance.
+::testing::AssertionResult near(const V& got, const V& want, double tol, double floor = -1) {
+  if (floor < 0) {
+    floor = 0;
+    for (double w : want)
+      floor = std::isfinite(w) ? std::max(floor, std::fabs(w)) : floor;
+    floor = floor > 0 ? floor : 1;
+  }
+  if (got.size() != want.size())
+    return ::testing::AssertionFailure() << "length " << got.size() << ", want " << want.size();
+  for (size_t i = 0; i < got.size(); ++i) {
+    const double err = std::fabs(got[i] - want[i]) / std::max(std::fabs(want[i]), floor);
+    if (std::isnan(got[i]) != std::isnan(want[i]) || (std::isinf(want[i]) && got[i] != want[i]) ||
+        (std::isfinite(want[i]) && err > tol))
+      return ::testing::AssertionFailure() << "at " << i << " of " << got.size() << ": got "
+                                           << got[i] << ", want " << want[i] << ", error " << err;
+  }
+  return ::testing::AssertionSuccess();
+}
+// The Park-Miller sequence s = 16807 s mod (2^31 - 1) from `seed`, mapped to [-0.5, 0.5): the
+// same doubles as golden/lcg_signal.m, so long inputs need not be stored.
+V lcgSignal(std::int64_t seed, int n) {
+  V x;
+  for (std::int64_t s = seed; static_cast<int>(x.size()) < n;)
+    x.push_back(static_cast<double>(s = (16807 * s) % 2147483647) / 2147483647.0 - 0.5);
+  return x;
+}
+coder::array<double, 2> toRow(const V& v) {
+  coder::array<double, 2> a;
+  a.set_size(1, int(v.size()));
+  std::copy(v.begin(), v.end(), a.data());
+  return a;
+}
+coder::array<double, 1> toColumn(const V& v) {
+  coder::array<double, 1> a;
+  a.set_size(int(v.size()));
+  std::copy(v.begin(), v.end(), a.data());
+  return a;
+}
+coder::array<creal_T, 1> toComplex(const V& re, const V& im = {}) {
+  coder::array<creal_T, 1> z;
+  z.set_size(int(re.size()));
+  for (size_t k = 0; k < re.size(); ++k)
+    z[int(k)] = {re[k], im.empty() ? 0.0 : im[k]};
+  return z;
+}
+template <typename T, int N> std::vector<T> toVector(const coder::array<T, N>& a) {
+  return std::vector<T>(a.data(), a.data() + a.numel());
+}
+template <typename A> V shape(const A& a) {
+  return {double(a.size(0)), double(a.size(1))};
+}
+V operator+(V a, const V& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+// Real parts, then imaginary parts: one norm-wise error covers both.
+template <int N> V flatten(const coder::array<creal_T, N>& a) {
+  V v(size_t(2 * a.numel()));
+  for (int k = 0; k < a.numel(); ++k)
+    v[size_t(k)] = a[k].re, v[size_t(k + a.numel())] = a[k].im;
+  return v;
+}
+// The elements of `a` at the (0-based) indices `bins`.
+template <typename T, int N> coder::array<T, 1> pick(const coder::array<T, N>& a, const V& bins) {
+  coder::array<T, 1> p;
+  p.set_size(int(bins.size()));
+  for (int k = 0; k < p.numel(); ++k)
+    p[k] = a[int(bins[size_t(k)])];
+  return p;
+}
+double stat(double (*fn)(const double*, int), const V& x) {
+  return fn(x.data(), int(x.size()));
+}
+// Values compared as printed (NaN equals NaN, -0 equals 0), to `digits` significant digits.
+void same(const V& got, const V& want, int digits = 17) {
+  std::string text[2];
+  for (int i = 0; i < 2; ++i)
+    for (double v : i == 0 ? got : want) {
+      char b[40];
+      std::snprintf(b, sizeof b, " %.*g", digits, std::isnan(v) ? kNaN : v == 0.0 ? 0.0 : v);
+      text[i] += b;
+    }
+  EXPECT_EQ(text[0], text[1]);
+}
+// Lines of numbers ("nan" and "inf" too) in groups split by '|': the golden files' entries
+// ("name: v1 v2 ...") and the tables of hand-worked cases, one case per line.
+std::vector<std::pair<S, std::vector<V>>> lines(std::istream& in) {
+  std::vector<std::pair<S, std::vector<V>>> rows;
+  for (S line; std::getline(in, line);) {
+    const size_t colon = line.find(':');
+    rows.push_back({line.substr(0, colon == S::npos ? 0 : colon), {V()}});
+    for (const char* p = line.c_str() + (colon == S::npos ? 0 : colon + 1); *p != '\0';) {
+      char* end = nullptr;
+      const double v = std::strtod(p, &end);
+      if (end != p)
+        rows.back().second.back().push_back(v), p = end;
+      else if (*p++ == '|')
+        rows.back().second.emplace_back();
+    }
+  }
+  return rows;
+}
+std::vector<std::vector<V>> table(const char* text) {
+  std::istringstream in(text);
+  std::vector<std::vector<V>> cases;
+  for (auto& row : lines(in))
+    cases.push_back(row.second);
+  return cases;
+}
+// Runs `make` on `threads` threads at once: every one must get the same bits.
+template <typename F> void sameBitsFromThreads(int threads, F make) {
+  std::vector<V> results(static_cast<size_t>(threads));
+  std::vector<std::thread> running;
+  for (V& r : results)
+    running.emplace_back([&r, &make] { r = make(); });
+  for (auto& th : running)
+    th.join();
+  for (const V& r : results)
+    EXPECT_EQ(r, results[0]);
+}
+
+// A golden file by its entries' names; an absent name throws.
+struct Golden : std::map<S, V> {
+  const V& operator[](const S& name) const { return at(name); }
+  bool has(const S& name) const { return count(name) != 0; }
+};
+// Runs `check(g, k)` for every entry of golden/<file>.txt named <select><k>.
+template <typename F> void each(const char* file, const char* select, F check) {
+  static std::map<S, Golden> files;
+  Golden& g = files[file];
+  if (g.empty()) {
+    std::ifstream in(S(VEK_SOURCE_DIR) + "/tests/coder/golden/" + file + ".txt");
+    const auto rows = lines(in);
+    for (size_t i = 1; i < rows.size(); ++i) // the first line names the generator
+      g.emplace(rows[i].first, rows[i].second[0]);
+  }
+  int cases = 0; // a row that picks nothing would prove nothing
+  for (const auto& e : g)
+    if (e.first.rfind(select, 0) == 0) {
+      SCOPED_TRACE(S(file) + " " + e.first);
+      check(g, e.first.substr(std::strlen(select)));
+      ++cases;
+    }
+  EXPECT_GT(cases, 0) << file << " " << select;
+}
+int second(const S& k) { // "<a>_<b>" -> b
+  return std::stoi(k.substr(k.find('_') + 1));
+}
+
+// Named tolerances, each with the reason two correct implementations differ by that much.
+constexpr double kExact = 0.0;        // a permutation, a chosen element, a sum in the same order
+constexpr double kFftTol = 1e-12;     // FFTW plans of other lengths: a few ulp per stage, to 2^18
+constexpr double kOneUlpSums = 1e-15; // the same sums, another contraction or association
+constexpr double kDirectSums = 1e-14; // up to 501 products added in another order
+constexpr double kDetrendTol = 1e-13; // QR of a 2-column problem, against the input's scale
+constexpr double kGridTol = 1e-13;    // Octave builds the frequency grid another way
+constexpr double kPolyfitTol = 1e-12; // pivoted QR against unpivoted, cond < 1e3
+constexpr double kKaiserTol = 2e-14;  // element-wise: Octave's Bessel series, ends near 1e-16
+constexpr double kEnvTol = 1e-12;     // two FFTs, a 51-tap convolution, a modulus: same steps
+constexpr double kPchipTol = 1e-13;   // the same formulas, another evaluation order of the cubic
+// thd: tone sums over a Kaiser lobe and a noise floor 1e-6 of the peak agree to 1e-12; room
+// for a skirt bin decided differently at the noise floor.
+constexpr double kThdTol = 1e-9;
+// loess: weighted quadratic fits by two QR solvers on systems scaled to [-1, 1]; its window
+// is a whole number of steps, equal up to that step's rounding.
+constexpr double kLoessTol = 1e-12, kWindowTol = 1e-14;
+// Blocked against plain summation order (up to 16384 values), scaled 2-norm against the
+// two-pass formula: rounding; third and fourth powers amplify it up to 4x; the even-count
+// median's average may differ in the last bit.
+constexpr double kSumTol = 1e-13, kMomentTol = 1e-12, kMedianTol = 4e-16;
+// firls: Octave solves another formulation; the drift grows with the normal equations'
+// condition: rounding for short designs, ~1e7 at order 298, 7.8e10 at order 500.
+constexpr double kFirlsTol[] = {1e-12, 1e-8, 1e-5};
+
+TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
+  each("fft", "re_", [](auto& g, const S& k) { // x_<length> padded to <n>: a row and columns
+    const V& x = g["x_" + std::to_string(std::stoi(k))];
+    const double n = second(k);
+    coder::array<creal_T, 2> y, y2;
+    coder::array<creal_T, 1> y1;
+    coder::array<double, 2> column = toRow(x);
+    column.set_size(int(x.size()), 1);
+    coder::fft(toRow(x), int(n), y);
+    coder::fft(toColumn(x), int(n), y1);
+    coder::fft(column, int(n), y2);
+    EXPECT_TRUE(near(flatten(y), g["re_" + k] + g["im_" + k], kFftTol));
+    EXPECT_EQ(flatten(y1) + flatten(y2), flatten(y) + flatten(y));
+    EXPECT_EQ(shape(y) + shape(y2), V({1, n, x.size() > 1 ? n : 1, x.size() > 1 ? 1 : n}));
+  });
+  each("fft", "xcut", [](auto& g, const S&) { // cut to 6
+    coder::array<creal_T, 2> y;
+    coder::fft(toRow(g["xcut"]), 6, y);
+    EXPECT_TRUE(near(flatten(y), g["recut"] + g["imcut"], kFftTol));
+  });
+  each("fft", "zre_", [](auto& g, const S& k) { // complex input, both directions
+    const auto z = toComplex(g["zre_" + k], g["zim_" + k]);
+    coder::array<creal_T, 1> y, back;
+    coder::fft(z, std::stoi(k), y);
+    coder::ifft(z, back);
+    EXPECT_TRUE(near(flatten(y) + flatten(back),
+                     g["fre_" + k] + g["fim_" + k] + g["ire_" + k] + g["iim_" + k], kFftTol));
+  });
+  each("fft", "bins_", [](auto& g, const S& k) { // long padded signals: some bins, the power
+    coder::array<creal_T, 2> y;
+    coder::fft(toRow(lcgSignal(7, std::stoi(k))), second(k), y);
+    double power = 0.0;
+    for (int i = 0; i < y.numel(); ++i)
+      power += y[i].re * y[i].re + y[i].im * y[i].im;
+    EXPECT_TRUE(near(flatten(pick(y, g["bins_" + k])), g["bre_" + k] + g["bim_" + k], kFftTol));
+    EXPECT_TRUE(near({power}, g["bpow_" + k], kFftTol));
+  });
+  each("hilbert", "x_", [](auto& g, const S& k) { // a row, and a column alike
+    coder::array<creal_T, 2> z;
+    coder::array<creal_T, 1> zc;
+    coder::hilbert(toRow(g["x_" + k]), z);
+    coder::hilbert(toColumn(g["x_" + k]), zc);
+    EXPECT_TRUE(near(flatten(z), g["re_" + k] + g["im_" + k], kFftTol));
+    EXPECT_EQ(shape(z) + flatten(zc), V({1, double(std::stoi(k))}) + flatten(z));
+  });
+  each("hilbert", "idx_", [](auto& g, const S& k) {
+    coder::array<creal_T, 2> z;
+    coder::hilbert(toRow(lcgSignal(9, std::stoi(k))), z);
+    EXPECT_TRUE(near(flatten(pick(z, g["idx_" + k])), g["bre_" + k] + g["bim_" + k], kFftTol));
+  });
+  each("detrend", "x", [](auto& g, const S& k) { // element-wise on the input's scale; a row too
+    const V& x = g["x" + k];
+    coder::array<double, 1> y;
+    coder::array<double, 2> row;
+    coder::detrend(toColumn(x), y);
+    coder::detrend(toRow(x), row);
+    double scale = 0.0;
+    for (double e : x)
+      scale = std::max(scale, std::fabs(e));
+    EXPECT_TRUE(near(toVector(y), g["y" + k], kDetrendTol, scale));
+    EXPECT_EQ(shape(row) + toVector(row), V({1, double(x.size())}) + toVector(y));
+  });
+  each("cumtrapz", "t", [](auto& g, const S& k) { // t_<n>, or tj_<n> jittered
+    coder::array<double, 1> z;
+    coder::cumtrapz(toColumn(g["t" + k]), toColumn(g["y" + k.substr(k.find('_'))]), z);
+    EXPECT_TRUE(near(toVector(z), g["z" + k], kOneUlpSums));
+  });
+  each("filter", "b_", [](auto& g, const S& k) {
+    coder::array<creal_T, 1> y;
+    coder::array<double, 2> yr;
+    coder::filter(toRow(g["b_" + k]), toComplex(g["xre_" + k], g["xim_" + k]), y);
+    coder::filter(toRow(g["b_" + k]), toRow(g["xre_" + k]), yr);
+    EXPECT_TRUE(near(flatten(y), g["yre_" + k] + g["yim_" + k], kDirectSums));
+    EXPECT_TRUE(near(toVector(yr), g["yreal_" + k], kDirectSums));
+  });
+  each("fir1", "case_", [](auto& g, const S& k) { // order, cut-off, width
+    coder::array<double, 2> b;
+    coder::fir1(int(g["case_" + k][0]), g["case_" + k][1], g["case_" + k][2], b);
+    EXPECT_TRUE(near(toVector(b), g["b_" + k], kDirectSums));
+  });
+  each("firls", "order_", [](auto& g, const S& k) { // a linear-phase row of order + 1
+    const int order = int(g["order_" + k][0]);
+    coder::array<double, 2> h;
+    coder::firls(order, g["f_" + k], g["a_" + k], h);
+    const V got = toVector(h);
+    EXPECT_TRUE(near(got, g["h_" + k], kFirlsTol[order == 500 ? 2 : order == 298]));
+    EXPECT_EQ(got + shape(h), V(got.rbegin(), got.rend()) + V({1, order + 1.0}));
+  });
+  each("polyfit", "t_", [](auto& g, const S& k) {
+    const V &t = g["t_" + k], &tq = g["tq_" + k];
+    const int n = int(t.size());
+    V p, yq(tq.size());
+    coder::polyfit_S fit;
+    double mu[2];
+    coder::polyfit(t.data(), g["x_" + k].data(), n, 3, p, &fit, mu);
+    coder::polyval(p, tq.data(), int(tq.size()), mu, yq.data());
+    EXPECT_TRUE(near({mu[0], mu[1]}, g["mu_" + k], 1e-14)); // mean, std: rounding
+    EXPECT_TRUE(near(p + yq, g["p_" + k] + g["yq_" + k], kPolyfitTol));
+    // a residual of exactly zero (4 points, 4 coefficients) has no relative accuracy
+    EXPECT_TRUE(near({fit.normr}, g["normr_" + k], 1e-9, 1e-3));
+    EXPECT_EQ(fit.df, std::max(n - 4, 0));
+  });
+  each("interp1", "x_", [](auto& g, const S& k) { // the queries end on the knots
+    const V &x = g["x_" + k], &xq = g["xq_" + k];
+    V vq(xq.size());
+    coder::interp1(x.data(), g["v_" + k].data(), int(x.size()), xq.data(), int(xq.size()),
+                   vq.data());
+    // v(lo) + s (v(lo+1) - v(lo)) against (1 - r) v(lo) + r v(lo+1): last bits on ~1e3
+    EXPECT_TRUE(near(vq, g["vq_" + k], kOneUlpSums, 1.0));
+    EXPECT_EQ(V(vq.end() - int(x.size()), vq.end()), g["v_" + k]);
+  });
+  each("pchip", "x_", [](auto& g, const S& k) {
+    const V &x = g["x_" + k], &xq = g["xq_" + k];
+    V vq(xq.size());
+    coder::pchip(x.data(), g["v_" + k].data(), int(x.size()), xq.data(), int(xq.size()), vq.data());
+    EXPECT_TRUE(near(vq, g["vq_" + k], kPchipTol));
+  });
+  each("movfun", "x_", [](auto& g, const S& k) {
+    const V& x = g["x_" + k];
+    V mm(x.size()), md(x.size());
+    coder::movmean(x.data(), int(x.size()), 5, mm.data());
+    coder::movmedian(x.data(), int(x.size()), 9, md.data());
+    EXPECT_TRUE(near(mm + md, g["movmean_" + k] + g["movmedian_" + k], kOneUlpSums, 1.0));
+  });
+  each("smoothdata", "t_", [](auto& g, const S& k) { // uniform_<n>, jitter_<n>
+    const V &t = g["t_" + k], &a = g["a_" + k];
+    V s(a.size());
+    coder::smoothdata(a.data(), t.data(), int(a.size()), s.data());
+    EXPECT_TRUE(near(s, g["s_" + k], kLoessTol));
+    const double window = coder::internal::chooseWindowSize(a.data(), t.data(), int(a.size()));
+    EXPECT_TRUE(near({window}, g["window_" + k], kWindowTol));
+  });
+  each("statistics", "x_", [](auto& g, const S& k) {
+    const V &x = g["x_" + k], &xn = g["xnan_" + k];
+    const std::tuple<S, double, double> stats[] = {
+        {"sum", stat(coder::sum, x), kSumTol},
+        {"mean", stat(coder::mean, x), kSumTol},
+        {"std", stat(coder::b_std, x), kSumTol},
+        {"median", stat(coder::median, x), kMedianTol},
+        {"peak2peak", stat(coder::peak2peak, x), kExact},
+        {"kurtosis", stat(coder::kurtosis, x), kMomentTol},
+        {"skewness", stat(coder::skewness, x), kMomentTol},
+        {"nanmean", stat(coder::nanmean, xn), kSumTol},
+        {"peak2peaknan", stat(coder::peak2peak, xn), kExact}};
+    for (const auto& [key, value, tol] : stats) // no moments of one value
+      EXPECT_TRUE(!g.has(key + "_" + k) || near({value}, g[key + "_" + k], tol)) << key;
+    // the 'includenan' routines: one NaN spoils the result
+    EXPECT_TRUE(std::isnan(stat(coder::b_std, xn)) && std::isnan(stat(coder::median, xn)));
+  });
+  each("statistics", "xmedianmix", [](auto& g, const S&) {
+    EXPECT_EQ(stat(coder::median, g["xmedianmix"]), g["medianmix"][0]);
+  });
+  each("minmax", "re_", [](auto& g, const S& k) { // values and 1-based indices, exactly
+    const V &re = g["re_" + k], &im = g["im_" + k];
+    const auto z = toComplex(re, im);
+    int i = 0, j = 0, ri = 0, rj = 0;
+    const creal_T mx = coder::internal::maximum(z.data(), z.numel(), &i);
+    const creal_T mn = coder::internal::minimum(z.data(), z.numel(), &j);
+    const V real = {coder::internal::maximum(re.data(), int(re.size()), &ri), double(ri),
+                    coder::internal::minimum(re.data(), int(re.size()), &rj), double(rj)};
+    EXPECT_EQ(V({mx.re, mx.im, double(i), mn.re, mn.im, double(j)}) +
+                  (g.has("maxreal_" + k) ? real : V()),
+              g["max_" + k] + g["min_" + k] +
+                  (g.has("maxreal_" + k) ? g["maxreal_" + k] + g["minreal_" + k] : V()));
+  });
+  each("sortrows", "a_", [](auto& g, const S& k) { // rows of 3 columns, exactly
+    const V& a = g["a_" + k];
+    V b(a.size());
+    std::vector<int> idx(a.size() / 3, 0);
+    coder::sortrows(a.data(), int(idx.size()), 3, b.data(), idx.data());
+    EXPECT_TRUE(near(b + V(idx.begin(), idx.end()), g["b_" + k] + g["idx_" + k], kExact));
+  });
+  each("windows", "", [](auto& g, const S& k) { // kaiser<beta>_<n>, hanning_<n>, tukeywin_<n>
+    coder::array<double, 1> w;
+    if (k[0] == 'k')
+      coder::kaiser(second(k), std::stoi(k.substr(6)), w);
+    else
+      k[0] == 'h' ? coder::hanning(second(k), w) : coder::tukeywin(second(k), w);
+    // Octave's hanning: its second half from cosines near 2 pi, a few 1e-17 absolute
+    const V v = toVector(w);
+    EXPECT_TRUE(k[0] == 'k'   ? near(v, g[k], kKaiserTol, 0.0)
+                : k[0] == 'h' ? near(v, g[k], kOneUlpSums)
+                              : near(v, g[k], kExact));
+    EXPECT_EQ(v, V(v.rbegin(), v.rend())); // exactly mirrored, as the correlation sums assume
+  });
+  each("periodogram", "case_", [](auto& g, const S& k) { // case: -, nfft, fs
+    const auto x = toColumn(g["x_" + k]);
+    coder::array<double, 1> P, F, w;
+    coder::kaiser(x.numel(), 38.0, w);
+    coder::periodogram(x, w, int(g["case_" + k][1]), g["case_" + k][2], P, F);
+    EXPECT_TRUE(near(toVector(P), g["P_" + k], kFftTol));
+    EXPECT_TRUE(near(toVector(F), g["F_" + k], kGridTol));
+  });
+  each("periodogram", "dx_", [](auto& g, const S& k) { // the default window and grid
+    coder::array<double, 1> P, w;
+    coder::periodogram(toColumn(g["dx_" + k]), P, w);
+    EXPECT_TRUE(near(toVector(P), g["dP_" + k], kFftTol));
+    EXPECT_TRUE(near(toVector(w), g["dw_" + k], kGridTol));
+  });
+  each("envspectrum", "case_", [](auto& g, const S& k) { // fs, n, kind, seed
+    const V& c = g["case_" + k];
+    const int n = int(c[1]);
+    coder::array<double, 1> es, f, env, t;
+    coder::envspectrum(toColumn(g.has("x_" + k) ? g["x_" + k] : lcgSignal(int(c[3]), n)), c[0], es,
+                       f, env, t);
+    V times, sizes = {double(es.numel()), double(f.numel()), double(env.numel())};
+    for (int i = 0; i < n; ++i)
+      times.push_back(i / c[0]);
+    EXPECT_EQ(toVector(t) + sizes, times + V({n / 2 + 1.0, n / 2 + 1.0, double(n)}));
+    if (g.has("idx_" + k)) // long cases: every 37th bin stored
+      es = pick(es, g["idx_" + k]), env = pick(env, g["idx_" + k]), f = pick(f, g["idx_" + k]);
+    EXPECT_TRUE(near(toVector(es), g["es_" + k], kEnvTol));
+    EXPECT_TRUE(near(toVector(env), g["env_" + k], kEnvTol));
+    EXPECT_EQ(toVector(f), g["f_" + k]);
+  });
+  each("thd", "case_", [](auto& g, const S& k) { // fs, n, fundamental, harmonics, seed
+    const V& c = g["case_" + k];
+    V x = lcgSignal(int(c[4]), int(c[1]));
+    const double fs = c[0], f = c[2];
+    for (size_t i = 0; i < x.size(); ++i) { // the signal of gen_thd.m, same operations
+      const double t = double(i) / fs;
+      x[i] = std::sin(2.0 * kPi * f * t) + 0.05 * std::sin(2.0 * kPi * 3.0 * f * t + 0.3) +
+             0.02 * std::cos(2.0 * kPi * 5.0 * f * t) + 1e-3 * x[i];
+    }
+    coder::array<double, 1> hp, hf;
+    const double r = coder::thd(toRow(g.has("x_" + k) ? g["x_" + k] : x), fs, int(c[3]), hp, hf);
+    EXPECT_TRUE(near({r}, g["r_" + k], kThdTol));
+    EXPECT_TRUE(near(toVector(hp), g["harmpow_" + k], kThdTol));
+    EXPECT_TRUE(near(toVector(hf), g["harmfreq_" + k], kThdTol));
+  });
+}
+
+TEST(HandWorked, NonFiniteHelpersAndComplexOrder) {
+  rt_InitInfAndNaN();
+  same({rtGetNaN(), rtGetNaNF(), rtNaNF, rtGetInf(), rtGetMinusInf(), rtGetInfF(), rtGetMinusInfF(),
+        rtMinusInf, rtInfF, rtMinusInfF, double(rtIsNaN(kNaN)), double(rtIsNaN(kInf)),
+        double(rtIsInf(-kInf)), double(rtIsInfF(rtInfF)), double(rtIsNaNF(rtNaNF))},
+       {kNaN, kNaN, kNaN, kInf, -kInf, kInf, -kInf, -kInf, kInf, -kInf, 1, 0, 1, 1, 1});
+  // hypot: equal magnitudes use the constant, not sqrt(18); the squares never overflow
+  same({rt_hypotd_snf(kNaN, 0), rt_hypotd_snf(0, kNaN), rt_hypotd_snf(3, 3), rt_hypotd_snf(-3, 3),
+        rt_hypotd_snf(3, 4), rt_hypotd_snf(0, 0), rt_hypotd_snf(kInf, 1),
+        rt_hypotd_snf(1e300, 1e300), rt_hypotd_snf(3e300, 4e300)},
+       {kNaN, kNaN, 3 * kR2, 3 * kR2, 5, 0, kInf, 1e300 * kR2, 5e300});
+  same({rt_atan2d_snf(kNaN, 1), rt_atan2d_snf(1, kNaN), rt_atan2d_snf(0, 0), rt_atan2d_snf(1, 0),
+        rt_atan2d_snf(-2, 0), rt_atan2d_snf(-0.0, -0.0), rt_atan2d_snf(kInf, kInf),
+        rt_atan2d_snf(-kInf, kInf), rt_atan2d_snf(kInf, -kInf), rt_atan2d_snf(1, -1)},
+       {kNaN, kNaN, 0, kPi / 2, -kPi / 2, 0, kPi / 4, -kPi / 4, 3 * kPi / 4, 3 * kPi / 4});
+  same({rt_powd_snf(kNaN, 0), rt_powd_snf(1, kNaN), rt_powd_snf(1, kInf), rt_powd_snf(-1, -kInf),
+        rt_powd_snf(2, kInf), rt_powd_snf(2, -kInf), rt_powd_snf(0.5, kInf),
+        rt_powd_snf(0.5, -kInf), rt_powd_snf(0, 0), rt_powd_snf(-8, 1), rt_powd_snf(4, -1),
+        rt_powd_snf(-3, 2), rt_powd_snf(2, 0.5), rt_powd_snf(-8, 1.0 / 3), rt_powd_snf(-2, 3),
+        rt_powd_snf(10, 0.05)},
+       {kNaN, kNaN, 1, 1, kInf, 0, 0, kInf, 1, -8, 0.25, 9, kR2, kNaN, -8, std::pow(10, 0.05)});
+  // rem: 0.3 / 0.1 is whole to within eps of the quotient, so 0 where fmod gives 0.0999..
+  same({rt_remd_snf(kNaN, 2), rt_remd_snf(2, kNaN), rt_remd_snf(kInf, 2), rt_remd_snf(5, kInf),
+        rt_remd_snf(5, 0), rt_remd_snf(7, 3), rt_remd_snf(-7, 3), rt_remd_snf(0.3, 0.1),
+        rt_remd_snf(0.35, 0.1)},
+       {kNaN, kNaN, kNaN, 5, 0, 1, -1, 0, std::fmod(0.35, 0.1)});
+  // iseq: at |y|/2 the spacing is 2^-53, so one ulp of 1.0 is not below it; below the
+  // smallest normal the spacing is the subnormals'
+  same({double(iseq(1, 1)), double(iseq(1 + 2.220446049250313e-16, 1)),
+        double(iseq(1 - 1.1102230246251565e-16, 1)), double(iseq(-0.0, 0)),
+        double(iseq(4.9406564584124654e-324, 0)), double(iseq(kInf, kInf)),
+        double(iseq(kInf, -kInf)), double(iseq(kNaN, kNaN)), double(iseq(1, kNaN))},
+       {1, 0, 0, 1, 0, 1, 0, 0, 0});
+  // relop(a, b) is a < b by modulus, then angle (equal moduli 5 here), then along the growing
+  // angle when both round equal (the real part near +-pi/2, the imaginary part near pi); equal
+  // values are not less, so a scan keeps its first maximum; NaN (in either part) is below all.
+  // Near the top of the range the moduli are compared halved, not as two infinities.
+  for (const auto& c : table(R"(3 4 0 6 | 1
+    0 6 3 4 | 0
+    5 0 3 4 | 1
+    3 4 5 0 | 0
+    3 -4 5 0 | 1
+    1 2 1 2 | 0
+    1.6e308 1.6e308 -1.5e308 1.5e308 | 0
+    -1.5e308 1.5e308 1.6e308 1.6e308 | 1
+    1 0 nan 0 | 0
+    nan 0 1 0 | 1
+    nan 0 nan 0 | 0
+    0 nan nan 0 | 0
+    1e-20 1 2e-20 1 | 0
+    2e-20 1 1e-20 1 | 1
+    1e-20 -1 2e-20 -1 | 1
+    -1 2e-20 -1 1e-20 | 1
+    -1 1e-20 -1 2e-20 | 0)")) {
+    const V& z = c[0];
+    EXPECT_EQ(relop({z[0], z[1]}, {z[2], z[3]}), c[1][0] != 0) << z[0] << " " << z[1];
+  }
+}
+
+TEST(HandWorked, PeaksAndColonRanges) {
+  // strictly above the left neighbour and the next different value on the right, plateaus
+  // at their first sample, ends never (short inputs have none), NaN as +Inf in the scan and
+  // not reported, +Inf always a peak, -Inf an ordinary low value; descending, ties stable
+  for (const auto& c : table(R"(1 5 2 3 7 1 | 5 2
+    9 1 2 |
+    1 2 3 4 5 |
+    5 4 3 |
+    1 4 4 4 2 | 2
+    1 4 4 6 |
+    0 3 0 3 0 3 0 | 2 4 6
+    0 2 nan 2 0 |
+    0 2 1 nan 1 3 0 | 6 2
+    -inf 2 -inf | 2
+    inf 0 4 1 inf | 1 5 3
+    |
+    1 |)")) {
+    V pks, locs, want_pks;
+    coder::findpeaks(c[0].data(), int(c[0].size()), pks, locs);
+    for (double l : c[1])
+      want_pks.push_back(c[0][size_t(l) - 1]);
+    same(locs + pks, c[1] + want_pks);
+  }
+  // a : d : b as {a, d, b}, then the count and some points. Built from both ends: the second
+  // half counts back from b, an odd count's centre is the midpoint, an even count's middle
+  // pair comes one from each end; 0:0.015:0.1 stops at 0.09; 0:0.1:0.3 reaches 0.3 exactly
+  // though 3 * 0.1 does not. A NaN anywhere or equal infinities: one NaN; an infinite step
+  // only a; a bound on the wrong side, a zero step, an infinite bound or too many points: none
+  const double a = 24.73 - 0.1, b = 24.73 + 0.1;
+  const std::pair<V, V> colons[] = {
+      {{a, 0.001, b}, {201, a, a + 10 * 0.001, a + 50 * 0.001, (a + b) / 2, b - 50 * 0.001, b}},
+      {{0, 0.015, 0.1}, {7, 0, 0.015, 0.03, 0.045, 0.06, 0.075, 0.09}},
+      {{1, 0.5, 2.5}, {4, 1, 1.5, 2, 2.5}},
+      {{0, 0.1, 0.3}, {4, 0, 0.1, 0.3 - 0.1, 0.3}},
+      {{5, 0.002, 5}, {1, 5}},
+      {{3, -1, 1}, {3, 3, 2, 1}},
+      {{0, kInf, 1}, {1, 0}},
+      {{kNaN, 0.01, 1}, {1, kNaN}},
+      {{0, kNaN, 1}, {1, kNaN}},
+      {{0, 0.01, kNaN}, {1, kNaN}},
+      {{kInf, 1, kInf}, {1, kNaN}},
+      {{2, 0.01, 1}, {0}},
+      {{0, 0, 1}, {0}},
+      {{0, 1, kInf}, {0}},
+      {{0, 1e-300, 1}, {0}}};
+  for (const auto& c : colons) {
+    coder::array<double, 2> y;
+    coder::eml_float_colon(c.first[0], c.first[1], c.first[2], y);
+    V got = {double(y.size(0) * 1000 + y.size(1))}, want = c.second;
+    for (int k = 0; k < y.size(1); ++k)
+      if (y.size(1) < 10 || k % 50 == 0 || k == 10)
+        got.push_back(y[k]);
+    want[0] += 1000;
+    same(got, want, c.first[1] == 0.015 ? 15 : 17);
+  }
+  // the scans' ranges span whole numbers of steps between rounded frequencies: that many
+  // points plus one, the last the upper bound itself, every point within a few ulp of a + k d
+  for (double d : {0.001, 0.002, 0.005, 0.01, 0.015, 0.1})
+    for (int steps : {1, 2, 3, 50, 101, 400, 5400})
+      for (double lo : {0.0, 0.4 * 24.37, 3.0, 47.0, 49.6, 117.31}) {
+        coder::array<double, 2> y;
+        coder::eml_float_colon(lo, d, lo + steps * d, y);
+        ASSERT_EQ(V({double(y.size(1)), y[steps]}), V({steps + 1.0, lo + steps * d})) << lo << d;
+        for (int k = 0; k <= steps; ++k)
+          ASSERT_NEAR(y[k], lo + k * d, 8 * 2.220446049250313e-16 * (lo + steps * d)) << k;
+      }
+}
+
+TEST(HandWorked, StatisticsWhereMatlabAndOctavePart) {
+  // x = [1 2 3 4 10 NaN] skipping NaN: mean 4, m2 = 50/5 = 10, m3 = (-27-8-1+0+216)/5 = 36,
+  // m4 = (81+16+1+0+1296)/5 = 278.8 (Octave would propagate the NaN)
+  const V x = {1, 2, 3, 4, 10, kNaN}, c = {2.5, 2.5, 2.5}, nan2 = {kNaN, kNaN};
+  same({stat(coder::skewness, x), stat(coder::kurtosis, x), stat(coder::b_std, {1e300, -1e300})},
+       {36 / std::pow(10, 1.5), 2.788, 1e300 * std::sqrt(2)}, 15);
+  // constant data 0/0; an empty input; a single or infinite value; pairs of the median:
+  // opposite signs averaged directly, same signs through the difference
+  same({stat(coder::nanmean, x), stat(coder::peak2peak, x), stat(coder::skewness, c),
+        stat(coder::kurtosis, c), stat(coder::peak2peak, c), stat(coder::kurtosis, nan2),
+        stat(coder::nanmean, nan2), stat(coder::peak2peak, nan2), stat(coder::b_std, {7}),
+        stat(coder::b_std, {kInf}), stat(coder::b_std, {}), stat(coder::mean, {}),
+        stat(coder::sum, {}), stat(coder::median, {}), coder::medianOfPair(-1, 3),
+        coder::medianOfPair(1e308, 1.7e308), coder::medianOfPair(1, kInf)},
+       {4, 9, kNaN, kNaN, 0, kNaN, kNaN, kNaN, 0, kNaN, kNaN, kNaN, 0, kNaN, 1, 1.35e308, kInf});
+  // blocks of 1024: 1e16 + 1023 ones rounds back to 1e16 in each block, so 0, where a plain
+  // left-to-right sum gives 1023; the complex sum makes the real one's additions in order
+  V ones(2048, 1.0), re(3001), im(3001);
+  ones[0] = 1e16;
+  ones[1024] = -1e16;
+  std::vector<creal_T> z(3001);
+  for (size_t k = 0; k < z.size(); ++k)
+    z[k] = {re[k] = std::sin(0.37 * k) * 1e3 + 0.1, im[k] = std::cos(0.11 * k) - 0.3};
+  const creal_T zs = coder::sum(z.data(), 3001);
+  same({stat(coder::sum, ones), zs.re, zs.im}, {0, stat(coder::sum, re), stat(coder::sum, im)});
+}
+
+TEST(HandWorked, ThdToneSearchOnAnUnevenGrid) {
+  // a tone over bins 0..4 of a PSD on a grid of uneven steps. Global maximum at bin 2: the
+  // left roll stops at bin 0, the right one after bin 4 (0.05 < 0.2); the tone starts at 0 Hz,
+  // so the extra width (4 - 0)/4 goes to the end. Near 5.2 Hz: bins 4..6, extra width first.
+  // A wide noise bandwidth lifts the power and pins the frequency; beyond the grid: NaN.
+  const auto P = toColumn({0.1, 2.0, 8.0, 4.0, 0.05, 0.2, 0.1});
+  const auto F = toColumn({0, 1, 2.5, 3, 4, 5.5, 6});
+  for (const auto& c : table(R"(0.5 0 0 | 11.15 2.4169611307420498 0 4
+    0.5 1 5.2 | 0.4 5.4285714285714288 4 6
+    3 1 5 | 0.6000000000000001 5.5 4 6
+    0.5 1 6.5 | nan nan)")) {
+    double power = 0, freq = 0;
+    int left = 0, right = 0;
+    coder::getToneFromPSD(P, F, c[0][0], c[0][1] != 0, c[0][2], power, freq, left, right);
+    V got = {power, freq, double(left), double(right)};
+    got.resize(c[1].size());
+    same(got, c[1], 15);
+  }
+}
+
+TEST(Smoothdata, SmallWindowsMissingValuesRepeatedStampsAndUnevenEnds) {
+  auto loess = [](const V& a, const V& t, double window) {
+    V s(a.size());
+    coder::internal::localRegression(a.data(), t.data(), int(a.size()), window, s.data());
+    return s;
+  };
+  // a window under twice the smallest step (uneven or uniform) or of three samples gives the
+  // data back; NaN takes no part and a NaN row gets the fit of its neighbours
+  const V t = {0, 600, 1250, 1800, 2400, 3100}, a = {1, 4, 2, 8, 5, 7}, tu = {0, 1, 2, 3, 4, 5};
+  same(loess(a, t, 1000) + loess(a, t, 1300) + loess(a, tu, 1.9), a + a + a);
+  same(loess({1, 2, kNaN, 4, 5, 6, 7, 8}, {0, 1, 2, 3, 4, 5, 6, 7}, 6), {1, 2, 3, 4, 5, 6, 7, 8},
+       12);
+  double one = 3.5, res = 0;
+  coder::smoothdata(&one, &one, 1, &res);
+  // constant data: the window is one step. Two rows on one stamp: no resampling, the values
+  // as they stand scaled by the mean step give the window of evenly spaced stamps
+  V tf(10), td = {0, 600, 600, 1800, 2400, 3000, 3600, 4200, 4800, 5400};
+  for (int k = 0; k < 10; ++k)
+    tf[size_t(k)] = 600.0 * k;
+  const V ad = {1, 2, 2.5, 3, 2, 1, 2, 3, 2, 1};
+  same({res, coder::internal::chooseWindowSize(V(10, 2.0).data(), tf.data(), 10),
+        coder::internal::chooseWindowSize(ad.data(), td.data(), 10)},
+       {3.5, 600, coder::internal::chooseWindowSize(ad.data(), tf.data(), 10)});
+  V sd(10);
+  coder::smoothdata(ad.data(), td.data(), 10, sd.data());
+  EXPECT_TRUE(std::all_of(sd.begin(), sd.end(), [](double v) { return std::isfinite(v); }));
+  // stamps one rounding step from even take the time-window path; its end windows, shifted
+  // inside the history, select the rows of the even-spacing rule: the same smoothing
+  const V x = lcgSignal(5, 50);
+  V te(50);
+  for (int k = 0; k < 50; ++k)
+    te[size_t(k)] = 600.0 * k;
+  V nudged = te;
+  nudged[7] = std::nextafter(nudged[7], 1e9);
+  for (double samples : {5, 6, 9, 10, 17, 50})
+    EXPECT_TRUE(near(loess(x, nudged, samples * 600), loess(x, te, samples * 600), 1e-12))
+        << samples;
+}
+
+TEST(HandWorked, CoderArrayAndImplicitExpansion) {
+  // column-major extents; a count kept in place (same flat order, no reallocation), growth
+  // from a capacity of 16 by doubling, shrinking keeping the capacity; a negative extent is 0
+  coder::array<double, 2> a, empty;
+  V got = {double(a.size(0)), double(a.size(1)), double(a.empty())};
+  a.set_size(3, 4);
+  for (int i = 0; i < 12; ++i)
+    a[i] = i;
+  const double* before = a.data();
+  got = got + V{a(2, 3), a(1, 0), a(0, 1), double(a.size()[1]), double(a.numel())};
+  a.set_size(4, 3);
+  got = got + V{double(a.data() == before), a(3, 2), double(a.capacity())};
+  for (int n : {16, 17, 100, 129, 2, 0})
+    got.push_back((a.set_size(1, n), a.capacity()));
+  got.push_back(a[1]);
+  empty.set_size(-3, 4);
+  got = got + V{double(empty.size(0)), double(coder::array<double, 2>(empty).numel())};
+  same(got, {0, 0, 1, 11, 1, 3, 4, 12, 1, 11, 16, 16, 32, 128, 256, 256, 256, 1, 0, 0});
+  // a view writes through; growing it copies into a buffer of its own; copies are deep,
+  // moves take the buffer; reshape is a view and a copy of a view owns its elements
+  double outside[3] = {1, 2, 3};
+  coder::array<double, 1> view, copy, moved;
+  view.set(outside, 3);
+  got = {double(view.is_owner())};
+  view[1] = 20;
+  view.set_size(40);
+  view[0] = -1;
+  copy = view;
+  copy[1] = 7;
+  const double* buffer = view.data();
+  moved = std::move(view);
+  got = got + V{outside[0],
+                outside[1],
+                double(view.is_owner() + 2 * moved.is_owner()),
+                moved[1],
+                double(moved.data() == buffer),
+                double(view.numel() + moved.numel())};
+  coder::array<double, 1> column = a.reshape(12);
+  column[1] = 42;
+  coder::array<double, 1> owned(column);
+  got = got + V{double(column.is_owner()), a(1, 0), double(owned.is_owner()),
+                double(owned.data() != a.data())};
+  same(got, {0, 1, 20, 3, 20, 1, 40, 0, 42, 1, 1});
+  static_assert(sizeof(creal_T) == 2 * sizeof(double), "complex values are adjacent doubles");
+  // expansion repeats extents of 1 (a rank-1 column against a row too); extents that differ
+  // otherwise give an empty result rather than reading past either operand
+  coder::array<double, 2> col = toRow({1, 2, 3}), row = toRow({10, 20}), sum, product, diff, bad;
+  coder::array<double, 1> vec = toColumn({1, 2});
+  col.set_size(3, 1);
+  coder::plus(sum, col, row);
+  coder::times(product, sum, sum);
+  coder::minus(diff, vec, row);
+  coder::rdivide(bad, row, toRow({1, 1, 1}));
+  same({double(sum.size(0)), double(sum.size(1)), sum(2, 1), sum(0, 0), product(1, 1),
+        double(diff.size(0) * 10 + diff.size(1)), diff(1, 0), diff(0, 1), double(bad.numel())},
+       {3, 2, 23, 11, 22 * 22, 22, -8, -19, 0});
+}
+
+TEST(Degenerate, TooLittleDataEmptyNaNInPlaceAndRankDeficient) {
+  // Too little data: envspectrum of fewer than four samples, thd of one sample, of one
+  // harmonic or of silence (no fundamental), firls of an odd order or edge count,
+  // periodogram with a window of another length, cumtrapz with fewer times than samples
+  // (NaN steps, nothing read beyond t), filter without taps (zeros, in place too).
+  coder::array<double, 1> x = toColumn(V(1000, 3.0)), tone(x), hp, hf, es, f, env, t, w, P, F;
+  for (int k = 0; k < 1000; ++k)
+    tone[k] = std::sin(2 * kPi * 50 * k / 500.0);
+  const V thds = {coder::thd(x, 500.0, 5, hp, hf), hf[0],
+                  coder::thd(toColumn({1.0}), 500, 5, hp, hf), coder::thd(tone, 500.0, 1, hp, hf)};
+  coder::envspectrum(toRow({1.0, 2.0, 3.0}), 16000.0, es, f, env, t);
+  coder::array<double, 2> odd, odd_edges, z, y = toRow({1.0, 3.0, 2.0});
+  coder::firls(31, {0, 0.5, 0.6, 1}, {1, 1, 0, 0}, odd);
+  coder::firls(30, {0, 0.5, 0.6}, {1, 1, 0}, odd_edges);
+  coder::tukeywin(7, w);
+  coder::periodogram(toColumn(lcgSignal(1, 64)), w, 64, 1000.0, P, F);
+  coder::cumtrapz(toRow({0.0, 1.0}), y, z);
+  same(thds +
+           V{double(es.numel() + f.numel() + env.numel() + t.numel() + odd.numel() +
+                    odd_edges.numel() + P.numel() + F.numel())} +
+           V{double(z.size(0)), double(z.size(1))} + toVector(z),
+       {kNaN, kNaN, kNaN, kNaN, 0, 1, 3, 0, 2, kNaN});
+  coder::array<double, 1> b = toColumn({0.25, 0.5, 0.25}), pulse = toColumn({1, 0, 0, 0, 2}), yf;
+  coder::filter(coder::array<double, 1>(), pulse, yf);
+  coder::filter(b, pulse, pulse);
+  same(toVector(yf) + toVector(pulse), V(5, 0.0) + V{0.25, 0.5, 0.25, 0, 0.5});
+  // Empty and in place: transforms of nothing, a complex transform into its own input, a
+  // NaN spreading over a detrended row written in place, windows of no or negative length,
+  // the Kaiser window of a NaN beta.
+  coder::array<creal_T, 1> spec = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
+  coder::fft(spec, 8, out);
+  coder::fft(spec, 8, spec);
+  coder::fft(toColumn({1, 2}), 0, none);
+  coder::hilbert(coder::array<double, 1>(), analytic);
+  coder::array<double, 2> line = toRow(lcgSignal(3, 50));
+  line[7] = kNaN;
+  coder::detrend(line, line);
+  coder::tukeywin(0, w);
+  coder::hanning(-3, P);
+  coder::kaiser(3, kNaN, F);
+  EXPECT_EQ(flatten(spec), flatten(out));
+  same(V{double(none.numel() + analytic.numel() + w.numel() + P.numel()), F[0],
+         coder::internal::besselI0(-kInf), coder::internal::besselI0(0),
+         coder::internal::besselI0(1)} +
+           toVector(line),
+       V{0, kNaN, kInf, 1, 1.2660658777520084} + V(50, kNaN));
+  // Least squares: three points for a cubic are rank 3, one coefficient exactly 0, the fit
+  // through the points; all abscissae equal (std 0) or a NaN in the data: every coefficient
+  // NaN. A duplicated column: rank 1, the pivoted-out coefficient exactly 0. A square system
+  // needing a row swap: [0 2; 1 1] x = [4; 3] gives [1; 2].
+  const V tp = {0.0, 1.0, 3.0}, xp = {1.0, 2.0, 0.5}, nan_y = {3, 4, kNaN};
+  V p, pc, pn, back(3), xs(2), xq(2);
+  double mu[2], mu_flat[2];
+  int rank = 0;
+  coder::polyfit(tp.data(), xp.data(), 3, 3, p, nullptr, mu);
+  coder::polyval(p, tp.data(), 3, mu, back.data());
+  coder::polyfit(V(3, 5.0).data(), xp.data(), 3, 3, pc, nullptr, mu_flat);
+  coder::polyfit(tp.data(), nan_y.data(), 3, 3, pn, nullptr, mu);
+  coder::mldivide(V({0, 1, 2, 1}).data(), 2, 2, V({4, 3}).data(), xs.data());
+  coder::qrsolve(V({1, 2, 3, 1, 2, 3}).data(), 3, 2, V({2, 4, 6}).data(), xq.data(), &rank);
+  EXPECT_TRUE(near(back, xp, 1e-13)); // rounding of a 3-point fit
+  same(V{double(std::count(p.begin(), p.end(), 0.0)), mu_flat[1], double(rank), xq[0] * xq[1]} +
+           pc + pn + xs,
+       V{1, 0, 1, 0} + V(8, kNaN) + V{1, 2});
+  EXPECT_NEAR(xq[0] + xq[1], 2.0, 2e-15);
+}
+
+TEST(Degenerate, GroupsOrderAndExtremesOfNaN) {
+  // groups numbered in sorted order, NaN missing, -0 and 0 one group (labelled +0)
+  V g, labels, g2, none;
+  coder::grp2idx(V({3, 1, kNaN, 2, 3, -0.0, 0, kNaN}).data(), 8, g, labels);
+  coder::grp2idx(V({50, 48, 50, 0, 0, 24, 50}).data(), 7, g2, none);
+  EXPECT_FALSE(std::signbit(labels[0]));
+  same(g + labels + g2, {4, 2, kNaN, 3, 4, 1, 1, kNaN, 0, 1, 2, 3, 4, 3, 4, 1, 1, 2, 4});
+  coder::grp2idx(nullptr, 0, g, none);
+  EXPECT_EQ(g.size() + none.size(), 0U);
+  // extremes skip NaN (a leading one too), the first of equal values wins, all NaN gives the
+  // first; complex: equal moduli, angle pi/4 beats -3pi/4. Sorting: ascending, NaN last, stable.
+  int i = 0, j = 0, k = 0, ci = 0, cj = 0;
+  const V x = {kNaN, 2.0, 5.0, 5.0, kNaN, -1.0, -1.0}, all_nan = {kNaN, kNaN};
+  const std::vector<creal_T> z = {{kNaN, 0}, {1, 1}, {0, kNaN}, {-1, -1}, {1, 1}, {-1, -1}};
+  V s = {3.0, kNaN, -kInf, 1.0, 3.0, kInf, -0.5}, three = {2.0, 1.0, 2.0};
+  std::vector<int> idx(7);
+  const V got = {coder::internal::maximum(x.data(), 7, &i),       double(i),
+                 coder::internal::minimum(x.data(), 7, &j),       double(j),
+                 coder::internal::maximum(all_nan.data(), 2, &k), double(k),
+                 coder::internal::maximum(z.data(), 6, &ci).re,   double(ci),
+                 coder::internal::minimum(z.data(), 6, &cj).re,   double(cj)};
+  coder::internal::sort(s.data(), 7, idx.data());
+  coder::internal::sort(three.data(), 3, nullptr);
+  same(got + s + three + V(idx.begin(), idx.end()),
+       V{5, 3, -1, 6, kNaN, 1, 1, 2, -1, 4} + V{-kInf, -0.5, 1, 3, 3, kInf, kNaN, 1, 2, 2} +
+           V{3, 7, 4, 1, 5, 6, 2});
+}
+
+TEST(Fft, ThreadsPlanningNewLengthsAtOnceGetTheSameBits) {
+  // The loop and a recalculation job transform at once; the first use of a length plans it.
+  sameBitsFromThreads(8, [] {
+    V r;
+    for (int n : {3001, 3002, 3003, 4099, 5000, 6007}) {
+      coder::array<creal_T, 2> y;
+      coder::fft(toRow(lcgSignal(5, n)), n, y);
+      r = r + flatten(y);
+    }
+    return r;
+  });
+}
+
+TEST(Fft, LengthsBeyondTheKeptPlansStillTransformCorrectly) {
+  // Signals of ever new lengths fill the real kind's kept plans; past them each call plans for
+  // itself and the results stay those of the complex transform's kept plans. The other kinds
+  // keep their own plans.
+  using coder::internal::FftPlanCache;
+  auto& cache = FftPlanCache::instance();
+  const size_t complex_kept = cache.size(FftPlanCache::Kind::ComplexForward);
+  for (int n = 700; n < 700 + 2 * int(FftPlanCache::kMaxPlans); ++n) {
+    coder::array<creal_T, 2> y;
+    coder::array<creal_T, 1> yc;
+    coder::fft(toRow(lcgSignal(n, n)), n, y);
+    if (n % 16 == 0) { // the complex transform of the same signal, eight new lengths
+      coder::fft(toComplex(lcgSignal(n, n)), n, yc);
+      EXPECT_TRUE(near(flatten(y), flatten(yc), 1e-13)) << n;
+    }
+  }
+  EXPECT_EQ(cache.size(FftPlanCache::Kind::RealForward), FftPlanCache::kMaxPlans);
+  coder::array<creal_T, 1> y;
+  coder::fft(toComplex(V(9001, 0.5)), 9001, y);
+  EXPECT_EQ(cache.size(FftPlanCache::Kind::ComplexForward), complex_kept + 9);
+}
+
+TEST(Firls, FixedFormsOfTheBlocksAndTheCache) {
+  const double edges[6] = {0.0, 45.0 / 125.0, 49.0 / 125.0, 51.0 / 125.0, 55.0 / 125.0, 1.0};
+  coder::array<double, 2> h500, h298;
+  coder::firls(edges, h500);
+  coder::b_firls(edges, h298);
+  const V f(edges, edges + 6), a = {0, 0, 1, 1, 0, 0};
+  // The blocks' fixed forms are the general design of their orders, handed out unchanged.
+  const auto first = coder::firlsTaps(500, f, a);
+  EXPECT_EQ(first.get(), coder::firlsTaps(500, f, a).get());
+  EXPECT_EQ(*first + *coder::firlsTaps(298, f, a), toVector(h500) + toVector(h298));
+  // threads asking for a new design at once get the same bits
+  sameBitsFromThreads(4, [] {
+    return *coder::firlsTaps(298, {0, .1, .15, .3, .35, 1}, {0, 0, 1, 1, 0, 0});
+  });
+  // A sloped band (the golden designs have flat ones): D = 2F over the whole band is the
+  // triangle wave, whose series is 1/2 - 4/pi^2 sum cos(2 pi k F) / k^2 over odd k.
+  coder::array<double, 2> ramp;
+  coder::firls(20, {0, 1}, {0, 1}, ramp);
+  V series(21, 0.0);
+  for (int k = -9; k <= 9; k += 2)
+    series[size_t(10 + k)] = -2 / (kPi * kPi * k * k);
+  series[10] = 0.5;
+  EXPECT_TRUE(near(toVector(ramp), series, 1e-15)); // closed-form sinc sums: rounding
+}
+
+// The correlation scan in all its forms against the direct sum in extended precision. The
+// kernel's stated bound: every sum within this fraction of sum|y| of the exact one; the
+// double direct form rounds 2*pi*f*k*dt at phases up to 1e4 rad, errors that add up over a
+// line in the band (1.3e-13 of sum|y| measured).
+constexpr double kScanBound = 5e-14, kDirectBound = 5e-13;
+
+TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
+  // n, dt, f0, step, m, first phase: the decimated rotor searches, the fine supply scan, the
+  // right line moving down, cor_for of the current and bearing analyses counting the phase
+  // from 0, one and two samples, a prime length
+  const double cases[][6] = {{16384, 8 / 26667.0, 47, 0.01, 401, 1},
+                             {2048, 8 / 26667.0, 7, 0.01, 5401, 1},
+                             {4096, 0.002, 49.6, 0.002, 401, 1},
+                             {4096, 0.002, 75, -0.002, 300, 1},
+                             {20000, 1e-4, 49.8, 0.002, 201, 0},
+                             {8192, 1 / 26667.0, 180, 0.01, 201, 0},
+                             {1, 0.002, 49.6, 0.1, 9, 1},
+                             {2, 0.002, 10, 0.1, 7, 1},
+                             {1021, 0.002, 10, 0.1, 501, 1}};
+  std::mt19937 gen(17U);
+  std::normal_distribution<double> noise(0.0, 0.3);
+  for (const auto& c : cases) {
+    const int n = int(c[0]), m = int(c[4]), first = int(c[5]);
+    const double dt = c[1];
+    // a line near the band, its harmonic and noise, like a velocity's analytic signal
+    std::vector<creal_T> y(static_cast<size_t>(n));
+    V re(y.size()), freqs(static_cast<size_t>(m));
+    double scale = 0.0;
+    for (size_t k = 0; k < y.size(); ++k) {
+      const double a = 2 * kPi * 49.87 * k * dt, b = 2 * kPi * 99.74 * k * dt + 0.3;
+      y[k] = {1.5 * std::cos(a) + 0.2 * std::cos(b) + noise(gen),
+              1.5 * std::sin(a) + 0.2 * std::sin(b) + noise(gen)};
+      re[k] = y[k].re;
+      scale += std::hypot(y[k].re, y[k].im);
+    }
+    for (int i = 0; i < m; ++i)
+      freqs[size_t(i)] = c[2] + i * c[3];
+    std::vector<std::vector<creal_T>> out(5, std::vector<creal_T>(freqs.size()));
+    coder::correlation_scan_grid(y.data(), n, dt, first, c[2], c[3], m, out[0].data());
+    coder::correlation_scan(y.data(), n, dt, first, freqs.data(), m, out[1].data());
+    coder::correlation_scan_direct(y.data(), n, dt, first, freqs.data(), m, out[2].data());
+    coder::correlation_scan_grid(re.data(), n, dt, first, c[2], c[3], m, out[3].data());
+    coder::correlation_scan(re.data(), n, dt, first, freqs.data(), m, out[4].data());
+    for (int i = 0; i < m; i += (m > 50 ? 13 : 1)) { // every 13th point on long grids
+      long double want[2][2] = {}; // the complex signal's sum, then its real part's
+      for (size_t k = 0; k < y.size(); ++k) {
+        const long double cycles = static_cast<long double>(freqs[size_t(i)]) * dt * (k + first);
+        const long double q = 6.283185307179586476925286766559L * (cycles - std::nearbyint(cycles));
+        want[0][0] += y[k].re * std::cos(q) + y[k].im * std::sin(q);
+        want[0][1] += y[k].im * std::cos(q) - y[k].re * std::sin(q);
+        want[1][0] += y[k].re * std::cos(q);
+        want[1][1] -= y[k].re * std::sin(q);
+      }
+      for (int form = 0; form < 5; ++form) {
+        const creal_T got = out[size_t(form)][size_t(i)];
+        const long double* w = want[form < 3 ? 0 : 1];
+        ASSERT_LE(std::hypot(got.re - double(w[0]), got.im - double(w[1])) / scale,
+                  form == 2 ? kDirectBound : kScanBound)
+            << "n " << n << ", m " << m << ", form " << form << ", grid point " << i;
+      }
+    }
+  }
+  // a NaN sample spoils every sum, a NaN frequency only its own; no samples: sums of 0
+  V x = {1.0, 2.0, kNaN, 4.0}, f = {1.0, kNaN, 2.0};
+  creal_T out[6];
+  coder::correlation_scan(x.data(), 4, 0.01, 1, f.data(), 3, out);
+  x[2] = 3.0;
+  coder::correlation_scan(x.data(), 4, 0.01, 1, f.data(), 3, out + 3);
+  coder::correlation_scan(x.data(), 0, 0.01, 1, f.data(), 1, out + 5);
+  for (int i = 0; i < 6; ++i)
+    EXPECT_EQ(std::isnan(out[i].re) || std::isnan(out[i].im), i < 3 || i == 4) << i;
+  EXPECT_TRUE(out[5].re == 0.0 && out[5].im == 0.0);
+}
+
+} // namespace
