@@ -99,42 +99,38 @@ TEST(DataParsingDecode, RawPiecesReadByLayoutAndFormat) {
             "2 -3 0 0.100000001 16777216 1234567 2.56204787e+12 infinity -infinity nan nan ");
 }
 
-// Pump 1 of "plant". Module 42 (type 6, revision 2): channel 100 for the whole module at point
-// 11, channel 101 (sub-channel b) at points 12 and 13, displays A, B, C at 11 and A at 12.
-// Module 43 has no bound channel, module 44 only a switched-off binding.
-const char* const kPlant =
-    R"(TRUNCATE organization_object, observed_node, aggregate, module, module_param, channel,
-  channel_contol_point, control_point, observed_param, visualization, list_of_messages, recommendation, param_info, fu_raw,
-  notification;
-INSERT INTO organization_object VALUES ('plant', 'UTC+3:00', NULL);
-INSERT INTO observed_node VALUES (1, 'plant');
-INSERT INTO aggregate (id, node_id, type_equipment_id, name) VALUES (3, 1, 8, 'pump 1');
+// Pump 1 of "plant". Module 42 (type 6, revision 2): channel 100 for the whole module at point 11,
+// channel 101 (sub-channel b) at points 12 and 13, displays A, B, C at 11 and A at 12. Module 43
+// has no bound channel, module 44 only a switched-off binding.
+const char* const kPlant = R"(INSERT INTO organization_object VALUES ('plant', 'UTC+3:00', NULL);
+INSERT INTO observed_node VALUES (1, 'plant'); INSERT INTO aggregate (id, node_id, type_equipment_id, name) VALUES (3, 1, 8, 'pump 1');
 INSERT INTO module (id, source, type_module, revision) VALUES (7, 42, 6, 2), (8, 43, 103, 1), (9, 44, 10, 1);
 INSERT INTO module_param (name, value, type_module, type_param, module_revision) VALUES ('rate', 25600, 103, 1, 2), ('gain', 1, 103, 1, 3);
 INSERT INTO channel VALUES (100, 42, '', 'ZXYcab'), (101, 42, 'b', 'zyx'), (202, 43, '', 'yzx'), (300, 44, '', '');
 INSERT INTO channel_contol_point VALUES (100, 11, true), (101, 12, true), (101, 13, true), (300, 14, false);
 INSERT INTO control_point (id, aggregate_id, significance_coefficient) SELECT id, 3, 1 FROM generate_series(11, 14) id;
 INSERT INTO observed_param VALUES ('A', 1), ('B', 1), ('C', 1);
-INSERT INTO visualization (id, source, name_param, type_param, channel_id, control_point_id, active, kz, green, yellow,
-  orange, corridor_active, message_settings) SELECT i, 42, n, 1, c, p, true, 1, 1, 2, 3, true,
-  '{"corridorActive": [{"codeMessage": "2003", "recommendations": []}]}'
-  FROM (VALUES (501, 'A', 100, 11), (502, 'B', 100, 11), (503, 'C', 100, 11), (599, 'A', 101, 12)) v(i, n, c, p);
+INSERT INTO visualization (id, source, name_param, type_param, channel_id, control_point_id, active, kz, green, yellow, orange,
+  corridor_active, message_settings) SELECT i, 42, n, 1, c, p, true, 1, 1, 2, 3, true, '{"corridorActive": [{"codeMessage": "2003",
+  "recommendations": []}]}' FROM (VALUES (501, 'A', 100, 11), (502, 'B', 100, 11), (503, 'C', 100, 11), (599, 'A', 101, 12)) v(i, n, c, p);
 INSERT INTO list_of_messages VALUES ('4', true), ('2003', true), ('2005', false), ('2007', true);
 INSERT INTO recommendation VALUES (51, '2003', 2, true);
-INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error) SELECT i, s, m, p, '2024-05-01 10:00', t
-  FROM (VALUES (1, 42, 103, 1, NULL), (2, 42, 103, 1, NULL), (3, 43, 103, 1, NULL),
-  (4, 44, 10, 0, '[{"name_param": "state", "value": 1}]')) v(i, s, m, p, t);
+INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error) SELECT i, s, m, p, '2024-05-01 10:00', t FROM (VALUES
+  (1, 42, 103, 1, NULL), (2, 42, 103, 1, NULL), (3, 43, 103, 1, NULL), (4, 44, 10, 0, '[{"name_param": "state", "value": 1}]')) v(i, s, m, p, t);
 INSERT INTO fu_raw (param_info_id, param_type_id, c_type, data) VALUES (1, 4, 2, '0x1700'), (3, 4, 2, '0x1700');)";
 
-class DataParsingTest : public vek_test::StoreTest {
-protected:
-  void SetUp() override {
-    StoreTest::SetUp();
-    exec(kPlant);
-  }
+class DataParsingTest : public vek_test::StoreTest {};
 
+TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
+  exec(kPlant);
+  param_info info;
+  std::unique_ptr<Module> module;
+  std::unique_ptr<Aggregate> aggregate;
+  std::unique_ptr<Visualization> shown;
+  std::unique_ptr<DataParsing> parsing;
+  DataCache cache;
   // The objects of row id as the main loop makes them, after readData and run for each point.
-  DataParsing& run(int id, bool replay = false) {
+  const auto run = [&](int id, bool replay = false) -> DataParsing& {
     parsing.reset();
     store().readParamInfo(id, info);
     module = std::make_unique<Module>(&store(), info.source);
@@ -151,42 +147,28 @@ protected:
     if (aggregate->control_points.empty())
       parsing->run(false);
     return *parsing;
-  }
-
+  };
   // The letters in the places of the first and second xyz and abc triples.
-  static std::string axes(const DataParsing& m) {
+  const auto axes = [](const DataParsing& m) {
     std::string text;
-    for (const auto* triple :
-         {&m.axes_xyz_first, &m.axes_xyz_second, &m.axes_abc_first, &m.axes_abc_second}) {
-      text += text.empty() ? "" : " ";
-      for (const auto& [place, letter] : *triple)
+    for (const auto* t :
+         {&m.axes_xyz_first, &m.axes_xyz_second, &m.axes_abc_first, &m.axes_abc_second})
+      for (const auto& [place, letter] : *t)
         text += letter;
-    }
     return text;
-  }
-
-  param_info info;
-  std::unique_ptr<Module> module;
-  std::unique_ptr<Aggregate> aggregate;
-  std::unique_ptr<Visualization> shown;
-  std::unique_ptr<DataParsing> parsing;
-  DataCache cache;
-};
-
-TEST_F(DataParsingTest, AxesRowsWithoutDataAndRefusedPairs) {
+  };
   DataParsing& m = run(1);
   // Upper case works as lower case: the first triple is mounted z, x, y; the second c, a, b. A
   // shorter text changes only the places it reaches; the seventh letter on and an empty text
   // change nothing. Without points the module's own channel gives the axes.
-  EXPECT_EQ(axes(m), "zxy xyz abc cab");
-  for (const auto& [text, maps] : {std::pair{"y", "yxy xyz abc cab"},
-                                   {"xyzzyxa", "xyz zyx abc cab"},
-                                   {"", "xyz zyx abc cab"}}) {
+  EXPECT_EQ(axes(m), "zxyxyzabccab");
+  for (const auto& [text, maps] :
+       {std::pair{"y", "yxyxyzabccab"}, {"xyzzyxa", "xyzzyxabccab"}, {"", "xyzzyxabccab"}}) {
     m.channels.at(0).axis_order = text;
     m.run(true);
     EXPECT_EQ(axes(m), maps) << text;
   }
-  EXPECT_EQ(axes(run(3)), "yzx xyz abc abc");
+  EXPECT_EQ(axes(run(3)), "yzxxyzabcabc");
 
   // Defaults of the row's module type at the module's own revision only. No piece: no data,
   // and a computation of a module type that has one sets `computed` anew even then.
@@ -224,29 +206,27 @@ TEST_F(DataParsingTest, AxesRowsWithoutDataAndRefusedPairs) {
   }
   EXPECT_EQ(marks, expected);
   EXPECT_EQ(logText().substr(before), refusals);
-}
 
-TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
-  DataParsing& m = run(1);
-  m.results.resize(1); // at channel 100 and point 11
-  m.results[0].params = {{"A", 1.0f}, {"B", 2.0f}, {"C", 3.0f}, {"D", 4.0f}};
+  DataParsing& f = run(1);
+  f.results.resize(1); // at channel 100 and point 11
+  f.results[0].params = {{"A", 1.0f}, {"B", 2.0f}, {"C", 3.0f}, {"D", 4.0f}};
   // All displays of the module: A of point 12 and D, shown nowhere, are not this result's.
   // Another kind, and indexes outside the results, change nothing.
   std::map<std::string, double> middles = {{"A", 1.5}, {"B", 1000000.01}, {"Z", 9.0}},
                                 trends = {{"A", -0.25}}, monotones = {{"C", 0.75}};
-  m.updateLatest(0, shown->getData({1}));
-  m.updateLatest("middle", 0, middles);
-  m.updateLatest("trend", 0, trends);
-  m.updateLatest("monotone", 0, monotones);
-  m.updateLatest("median", 0, trends);
-  m.updateRul(0, {{"C", "12 days"}});
+  f.updateLatest(0, shown->getData({1}));
+  f.updateLatest("middle", 0, middles);
+  f.updateLatest("trend", 0, trends);
+  f.updateLatest("monotone", 0, monotones);
+  f.updateLatest("median", 0, trends);
+  f.updateRul(0, {{"C", "12 days"}});
   for (int outside : {1, -1}) {
-    m.updateLatest("middle", outside, trends);
-    m.updateLatest(outside, shown->getData({1}));
-    m.updateRul(outside, {{"C", "1 day"}});
+    f.updateLatest("middle", outside, trends);
+    f.updateLatest(outside, shown->getData({1}));
+    f.updateRul(outside, {{"C", "1 day"}});
   }
   std::ostringstream text;
-  for (const result_param& p : m.results[0].result_params)
+  for (const result_param& p : f.results[0].result_params)
     text << p.name << " " << p.visualization_id << " " << p.value << " " << p.middle << " "
          << p.trend << " " << p.monotone << " " << p.rul << "|";
   // 1000000.01 narrows to the float 1e6, but the range is judged before narrowing.
@@ -267,13 +247,13 @@ TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
   EXPECT_TRUE(lone.control_tu(shown->getData({2})));
   // Defect 3 at level 1, defect 5 (its message switched off) and defect 7 at level 0; the level
   // plus one is the message type. The defect with the smallest number stands for the row.
+  // Code, type, text, recommendation, channel and point of each notification; the defect row.
   DataParsing& d = run(1);
   d.setControlPoint(aggregate->control_points.front());
   d.defects = {{7, 0}, {3, 1}, {5, 2}};
   d.control_defects();
   d.updateLatest(0, shown->getData({1, 2, 3}, 100, 11));
   d.write(d.results[0]);
-  // Code, type, text, recommendation, channel and point of each notification; the defect row.
   EXPECT_EQ(scalar("SELECT string_agg(concat_ws('|', message_code, type_message_id, "
                    "additional_info, recommendation_id, channel_id, control_point_id), ' ' ORDER "
                    "BY id) || ' ' || (SELECT concat_ws('|', id, defect_code, defect_type) FROM "
