@@ -14,9 +14,7 @@
 #include "support/StoreTest.h"
 
 namespace vek_test {
-
 namespace {
-
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
@@ -29,12 +27,10 @@ template <typename Done> bool within(Done done) {
       return false;
   return true;
 }
-
 // One file: its database, its working directory and the run of vek it started, if any.
 class Scenario : public ::testing::Test {
 public:
   explicit Scenario(fs::path path) : path_(std::move(path)) {}
-
   // Reads the file line by line and performs each directive once its body has been read.
   void TestBody() override {
     directory_ = (fs::temp_directory_path() / "vek-run.XXXXXX").string();
@@ -81,6 +77,7 @@ private:
   // False when the file cannot go on.
   bool perform(const std::string& w, const std::string& argument,
                const std::vector<std::string>& body) {
+    std::size_t at = 0;
     if (w == "sql") {
       pqxx::work work(*sql_);
       std::string statements;
@@ -89,13 +86,28 @@ private:
       work.exec(statements);
       work.commit();
     } else if (w == "run" || w == "start") {
-      start(argument);
+      std::vector<std::string> texts{VEK_EXECUTABLE, "-host", db_->host(), "-name",
+                                     db_->name(),    "-user", db_->user()};
+      std::istringstream words(argument);
+      for (std::string word; words >> word;)
+        texts.push_back(word);
+      std::vector<char*> argv;
+      for (std::string& text : texts)
+        argv.push_back(text.data());
+      argv.push_back(nullptr);
+      stop();
+      awaited_ = output("stdout").size();
+      if ((pid_ = fork()) == 0) { // standard output and error appended to files of the directory
+        if (chdir(directory_.c_str()) == 0 && std::freopen("stdout.txt", "a", stdout) != nullptr &&
+            std::freopen("stderr.txt", "a", stderr) != nullptr)
+          execv(argv[0], argv.data());
+        _exit(127);
+      }
       return w == "start" || ended();
     } else if (w == "signal" && pid_ > 0) {
       kill(pid_, std::stoi(argument));
       return ended();
     } else if (w == "await") {
-      std::size_t at = std::string::npos;
       if (!within([&] {
             return (at = output("stdout").find(argument, awaited_)) != std::string::npos;
           })) {
@@ -107,7 +119,6 @@ private:
       expectRows(body);
     } else if (w == "log" || w == "nolog") {
       const std::string text = output(argument);
-      std::size_t at = 0;
       for (const std::string& line : body) {
         const std::size_t found = text.find(line, at);
         if (!line.empty() && (w == "log") == (found == std::string::npos)) {
@@ -126,29 +137,6 @@ private:
     }
     return true;
   }
-
-  // vek in the working directory, its standard output and error appended to stdout.txt and
-  // stderr.txt there.
-  void start(const std::string& argument) {
-    stop();
-    std::vector<std::string> texts{VEK_EXECUTABLE, "-host", db_->host(), "-name",
-                                   db_->name(),    "-user", db_->user()};
-    std::istringstream words(argument);
-    for (std::string word; words >> word;)
-      texts.push_back(word);
-    std::vector<char*> argv;
-    for (std::string& text : texts)
-      argv.push_back(text.data());
-    argv.push_back(nullptr);
-    awaited_ = output("stdout").size();
-    if ((pid_ = fork()) == 0) {
-      if (chdir(directory_.c_str()) == 0 && std::freopen("stdout.txt", "a", stdout) != nullptr &&
-          std::freopen("stderr.txt", "a", stderr) != nullptr)
-        execv(argv[0], argv.data());
-      _exit(127);
-    }
-  }
-
   // Kills the started run if it still runs.
   void stop() {
     if (pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0) {
@@ -157,7 +145,6 @@ private:
     }
     pid_ = 0;
   }
-
   // Whether the started run ends by itself within the limit with status 0.
   bool ended() {
     int status = -1;
@@ -170,7 +157,6 @@ private:
                          << output("stderr");
     return status == 0;
   }
-
   // stdout or stderr of all runs so far; the run logs or the error logs in name order.
   std::string output(const std::string& word) const {
     if (word == "stdout" || word == "stderr")
@@ -191,7 +177,6 @@ private:
       text += StoreTest::fileText(log);
     return text;
   }
-
   // Every row of the query, fields joined by "|", against the rows after the query.
   void expectRows(const std::vector<std::string>& body) {
     std::string query, expected, actual;
@@ -210,7 +195,6 @@ private:
     if (actual != expected)
       ADD_FAILURE() << query << "\nexpected:\n" << expected << "actual:\n" << actual;
   }
-
   fs::path path_;
   std::string directory_;
   std::optional<ThrowawayDatabase> db_;
@@ -218,7 +202,6 @@ private:
   pid_t pid_ = 0;
   std::size_t awaited_ = 0;
 };
-
 } // namespace
 
 int scenarioMain(int argc, char** argv, const char* suite, const std::string& directory) {
@@ -233,5 +216,4 @@ int scenarioMain(int argc, char** argv, const char* suite, const std::string& di
                             [path]() -> ::testing::Test* { return new Scenario(path); });
   return RUN_ALL_TESTS();
 }
-
 } // namespace vek_test
