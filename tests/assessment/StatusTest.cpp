@@ -1,6 +1,5 @@
 // The colours of a control point's parameters and their reduction to the point's status, as
 // tables of cases. The reads of a recalculation are proven with the equipment's rows.
-#include <limits>
 #include <sstream>
 
 #include "assessment/DataCache.h"
@@ -9,16 +8,15 @@
 
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
+// {'<' smaller is better, '>' larger is better, 'z' percentages around z; g, y, o, z; values}:
+// mm/s, battery %, frequency around 100 (97.5 .. 102.5 cut toward zero to 97 .. 102), -97.5 cut
+// to -97, bounds beyond 32 bits held at its ends. A value on a bound is within; NaN is red.
 TEST(StatusColour, ThresholdsAndCorridors) {
-  // {'<' smaller is better, '>' larger is better, 'z' percentages around z; g, y, o, z; values}:
-  // mm/s, battery %, frequency around 100 (97.5 .. 102.5 cut toward zero to 97 .. 102), -97.5 cut
-  // to -97, bounds beyond 32 bits held at its ends. A value on a bound is within; NaN is red.
+  const float nan = std::numeric_limits<float>::quiet_NaN();
   const std::tuple<char, float, float, float, float, std::vector<float>> cases[] = {
-      {'<', 2.8f, 4.5f, 7.1f, 0, {2.8f, 2.81f, 4.5f, 7.1f, 7.2f, kNaN}},
-      {'>', 50, 30, 20, 0, {50, 49, 30, 25, 20, 19, kNaN}},
-      {'z', 2.5f, 5, 10, 100, {102, 97, 102.2f, 96.9f, 109.5f, 89, kNaN}},
+      {'<', 2.8f, 4.5f, 7.1f, 0, {2.8f, 2.81f, 4.5f, 7.1f, 7.2f, nan}},
+      {'>', 50, 30, 20, 0, {50, 49, 30, 25, 20, 19, nan}},
+      {'z', 2.5f, 5, 10, 100, {102, 97, 102.2f, 96.9f, 109.5f, 89, nan}},
       {'z', 10, 20, 1075, 10, {-97, -97.2f, 117.9f}},
       {'z', 25, 50, 1e9f, 2e9f, {2e9f, 3e9f, -3e9f}}};
   std::string colours;
@@ -40,44 +38,41 @@ visualization parameter(const std::string& name, float g, float y, float o, floa
 }
 
 // Each parameter as "name:value:colour:weighted", then the status, its maximum and has_data.
-std::string assess(const std::vector<visualization>& rows, int control_point_id = 11) {
-  Status status(nullptr, 42, 1001, 100, control_point_id, false);
-  status.readData(rows);
-  status.calculateStatus();
-  std::ostringstream out;
-  for (const auto& [name, p] : status.parameters)
-    out << name << ":" << p.value << ":" << p.color << ":" << p.weighted << ",";
-  out << "|" << status.status << "|" << status.status_max << "|" << status.has_data << " ";
-  return out.str();
-}
-
+// Inactive, switched-off and weightless parameters leave the mean; nothing assessed is good; a
+// weighted colour of 0.01 does not count, 0.5 does; no visualization, no status; yellow at orange
+// means larger is better; a corridor centre makes percentages whatever the type; type 2 without
+// a centre admits only 0; the first row of a name wins; without a point the raw value counts.
+// The first status kept for a point stays.
 TEST(StatusCalculate, ParametersReducedToThePointStatus) {
-  // Inactive, switched-off and weightless parameters leave the mean; nothing assessed is good; a
-  // weighted colour of 0.01 does not count, 0.5 does; no visualization, no status; yellow at orange
-  // means larger is better; a corridor centre makes percentages whatever the type; type 2 without
-  // a centre admits only 0; the first row of a name wins; without a point the raw value counts.
-  EXPECT_EQ(
-      assess({parameter("V", 2.8f, 4.5f, 7.1f, 1, 10), parameter("T", 30, 40, 50, 2, 70),
-              parameter("K", 3, 4, 5, 0, 20), parameter("A", 1, 2, 3, 1, 30, 0),
-              parameter("U", 50, 30, 20, 1, 5, 1, 0)}) +
-          assess({parameter("A", 1, 2, 3, 1, 30, 0)}) +
-          assess({parameter("A", 3, 4, 5, 0.01f, 2), parameter("B", 3, 4, 5, 0.5f, 2)}) +
-          assess({}) +
-          assess({parameter("F", 10, 5, 5, 1, 14), parameter("Q", 2.5f, 5, 10, 1, 208, 1, 1, 100),
-                  parameter("Z", 2.5f, 5, 10, 1, 1, 1, 1, 0, 2)}) +
-          assess({parameter("V", 2.8f, 4.5f, 7.1f, 1, 6), parameter("V", 10, 20, 30, 1, 50)}) +
-          assess({parameter("V", 2.8f, 4.5f, 7.1f, 1, 6)}, 0),
-      "A:15:0:0,K:10:4:0,T:35:2:4,U:2.5:0:0,V:5:3:3,|3.5|4|1 A:15:0:0,|1|1|1 "
-      "A:1:1:0.01,B:1:1:0.5,|0.5|1|1 |0|1|0 F:7:2:2,Q:104:2:2,Z:0.5:4:4,|2.66667|4|1 "
-      "V:3:2:2,|2|2|1 V:6:3:3,|3|3|1 ");
-}
-
-TEST(DataCache, FirstStatusOfAPointStaysAndUnknownPointsAreZero) {
+  std::ostringstream out;
   DataCache cache;
-  cache.setCpStatus(11, 2.5f);
-  cache.setCpStatus(11, 3.75f); // a second measurement in the loop's life replaces nothing
-  EXPECT_EQ(std::vector<float>({cache.getCpStatus(11), cache.getCpStatus(12)}),
-            std::vector<float>({2.5f, 0.0f}));
+  for (const auto& [point, rows] :
+       std::initializer_list<std::pair<int, std::vector<visualization>>>{
+           {11,
+            {parameter("V", 2.8f, 4.5f, 7.1f, 1, 10), parameter("T", 30, 40, 50, 2, 70),
+             parameter("K", 3, 4, 5, 0, 20), parameter("A", 1, 2, 3, 1, 30, 0),
+             parameter("U", 50, 30, 20, 1, 5, 1, 0)}},
+           {11, {parameter("A", 1, 2, 3, 1, 30, 0)}},
+           {11, {parameter("A", 3, 4, 5, 0.01f, 2), parameter("B", 3, 4, 5, 0.5f, 2)}},
+           {11, {}},
+           {12,
+            {parameter("F", 10, 5, 5, 1, 14), parameter("Q", 2.5f, 5, 10, 1, 208, 1, 1, 100),
+             parameter("Z", 2.5f, 5, 10, 1, 1, 1, 1, 0, 2)}},
+           {12, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 6), parameter("V", 10, 20, 30, 1, 50)}},
+           {0, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 6)}}}) {
+    Status status(nullptr, 42, 1001, 100, point, false);
+    status.readData(rows);
+    status.calculateStatus();
+    cache.setCpStatus(point, status.status);
+    for (const auto& [name, p] : status.parameters)
+      out << name << ":" << p.value << ":" << p.color << ":" << p.weighted << ",";
+    out << "|" << status.status << "|" << status.status_max << "|" << status.has_data << " ";
+  }
+  out << cache.getCpStatus(11) << "|" << cache.getCpStatus(12) << "|" << cache.getCpStatus(13);
+  EXPECT_EQ(out.str(),
+            "A:15:0:0,K:10:4:0,T:35:2:4,U:2.5:0:0,V:5:3:3,|3.5|4|1 A:15:0:0,|1|1|1 "
+            "A:1:1:0.01,B:1:1:0.5,|0.5|1|1 |0|1|0 F:7:2:2,Q:104:2:2,Z:0.5:4:4,|2.66667|4|1 "
+            "V:3:2:2,|2|2|1 V:6:3:3,|3|3|1 3.5|2.66667|0");
 }
 
 } // namespace
