@@ -20,8 +20,7 @@ static std::string environment(const char* variable, const char* fallback) {
 ThrowawayDatabase::ThrowawayDatabase(const std::string& label)
     : host_(environment("VEK_PGHOST", "")), user_(environment("VEK_PGUSER", "postgres")) {
   if (host_.empty())
-    throw std::runtime_error("VEK_PGHOST is not set: database tests must run under "
-                             "scripts/with-postgres (e.g. scripts/with-postgres ctest ...)");
+    throw std::runtime_error("VEK_PGHOST is not set: run the tests under scripts/with-postgres");
   // Lower-case letters, digits and underscores, within PostgreSQL's 63 characters; the process
   // and a count keep tests side by side apart, the time of a leftover of an earlier process.
   for (const unsigned char c : label.substr(0, 24))
@@ -46,11 +45,10 @@ ThrowawayDatabase::ThrowawayDatabase(const std::string& label)
 }
 
 ThrowawayDatabase::~ThrowawayDatabase() {
-  try {
+  try { // the whole cluster goes when the test command ends; a database left costs nothing
     pqxx::connection admin("host=" + host_ + " dbname=postgres user=" + user_);
     pqxx::nontransaction(admin).exec("DROP DATABASE IF EXISTS " + name_ + " WITH (FORCE)");
   } catch (const std::exception&) {
-    // The whole cluster goes when the test command ends; a database left here costs nothing.
   }
 }
 
@@ -82,6 +80,10 @@ void StoreTest::exec(const std::string& statements) {
   pqxx::work work(*sql_);
   work.exec(statements);
   work.commit();
+}
+
+pqxx::result StoreTest::query(const std::string& statement) {
+  return pqxx::nontransaction(*sql_).exec(statement);
 }
 
 std::string StoreTest::scalar(const std::string& statement) {

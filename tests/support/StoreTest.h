@@ -47,9 +47,7 @@ protected:
   // query, scalar() its first field as text ("" for no row or NULL).
   pqxx::connection& sql() { return *sql_; }
   void exec(const std::string& statements);
-  pqxx::result query(const std::string& statement) {
-    return pqxx::nontransaction(*sql_).exec(statement);
-  }
+  pqxx::result query(const std::string& statement);
   std::string scalar(const std::string& statement);
   static const ThrowawayDatabase& database() { return *database_; }
   // A file name in the temporary directory, unique in this process, removed with the test.
