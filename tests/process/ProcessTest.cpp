@@ -1,5 +1,4 @@
-// The process's own parts: the option table, the instance record against real VEK_CALCULATION
-// rows, and the loop's timers.
+// The process's own parts: the option table, the instance's settings and the loop's timers.
 #include <algorithm>
 #include <functional>
 #include <limits>
@@ -16,7 +15,6 @@
 #include "support/StoreTest.h"
 
 namespace {
-
 // Each line "input => expected" of table (blank and "#" lines skipped) against run(input).
 void eachCase(const char* table, const std::function<std::string(std::string)>& run) {
   std::istringstream lines(table);
@@ -29,7 +27,6 @@ void eachCase(const char* table, const std::function<std::string(std::string)>& 
 }
 
 } // namespace
-
 TEST(CommandLine, EachLineSetsItsFields) {
   // Arguments ("_" stands for a blank, '' for an empty argument) => start, stop, source, -p,
   // middle, middlecounter, pause, id, [host][name][user][password]. Any -s is a replay from
@@ -70,8 +67,8 @@ TEST(CommandLine, EachLineSetsItsFields) {
                << o.db_host << "][" << o.db_name << "][" << o.user << "][" << o.passwd << "]";
              return f.str();
            });
-  // The error log is named before main runs, so that a signal before the options are read
-  // has a file; the logs name database, instance and unpadded local time.
+  // The error log is named before main runs, for a signal before the options are read; the
+  // logs name database, instance and unpadded local time.
   const std::string time = R"(\d{4}-[1-9]\d?-[1-9]\d?(-(0|[1-9]\d?)){3})";
   EXPECT_TRUE(std::regex_match(process::file_name_error, std::regex(time + "_error\\.log")));
   const char* argv[] = {"vek", "-host", "h", "-name", "n", "-user", "u", "-pass", "p", "-id", "9"};
@@ -84,23 +81,6 @@ TEST(CommandLine, EachLineSetsItsFields) {
 }
 
 class CalculationTest : public vek_test::StoreTest {};
-
-TEST_F(CalculationTest, RegistrationAndProgressTouchOnlyTheOwnRow) {
-  exec("INSERT INTO vek_calculation (id, ip, lag, settings) VALUES (1, '10.0.0.1', 12, "
-       "'{\"middle\": 100}'), (3, NULL, NULL, NULL)");
-  Calculation known(&store(), 1), fresh(&store(), 2), third(&store(), 3);
-  EXPECT_EQ(known.getMiddle(), 0) << "the constructor does not touch the database";
-  EXPECT_TRUE(known.initCalculation("10.0.0.9"));
-  EXPECT_TRUE(fresh.initCalculation("10.0.0.2"));
-  EXPECT_EQ(known.getMiddle() + fresh.getMiddle(), 100) << "a new row's settings wait";
-  third.setVersion("{\"vek\": \"1.2.3\"}");
-  third.updateCalc(-1, 501, "2024-5-1 9:7:3");
-  EXPECT_EQ(
-      scalar("SELECT string_agg(format('%s|%s|%s|%s|%s|%s|%s', id, ip, lag, settings, version, "
-             "last_calculated, sync_time), ' / ' ORDER BY id) FROM vek_calculation"),
-      "1|10.0.0.9|12|{\"middle\": 100}||| / 2|10.0.0.2|0|||| / "
-      "3||-1||{\"vek\": \"1.2.3\"}|501|2024-05-01 09:07:03");
-}
 
 TEST_F(CalculationTest, SettingsAreTakenInTurnAndKeptWhenDropped) {
   // A settings document (NULL: none; -: no row at all) => log, middle, analysis and control
