@@ -1,6 +1,4 @@
-// The measurement object where a run of the service cannot look: pieces decoded case by case,
-// refused pairs, axis maps, folded middle and trend values, defects, a replay; and floats in the
-// object's own statements. Rows: scenarios/rows.scn.
+// The measurement object where a run of the service (scenarios/rows.scn) cannot look.
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -9,8 +7,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "assessment/DataCache.h"
 #include "equipment/Aggregate.h"
@@ -21,7 +17,6 @@
 #include "support/StoreTest.h"
 
 namespace {
-
 // A piece decoded: "part" if not whole, "name:", the values, "date=value" per record; or "throw".
 std::string decoded(int layout, int c_type, std::string sub_channel, std::string data) {
   raw r{layout, c_type, std::move(sub_channel), std::move(data), {}, {}, {}, {}};
@@ -39,7 +34,6 @@ std::string decoded(int layout, int c_type, std::string sub_channel, std::string
     text << " " << date << "=" << v;
   return text.str().substr(text.str().empty() ? 0 : 1);
 }
-
 // layout|c_type|sub-channel|data|what it decodes to. Samples lie least significant byte first;
 // a timed record leads with a 64-bit stamp, which counts seconds up to 3000000000 and
 // milliseconds above (2^63: top bit set, 808 ms); of two records of one stamp the later counts.
@@ -66,7 +60,6 @@ const char* const kDecodeCases = R"(4|1||0x000001000001ffff|0 1 256 65535
 9|1||0x00000000000000g00100|throw
 15|5||0x4q01000000|throw
 9|2||0x005ed0b2000000000a00015ed0b2000000000b000068e5cf8b0100000c000568e5cf8b0100000d00005ed0b2000000000e00|1970-2-4 17:20:0.1=11 2023-11-14 22:13:20.0=12 2023-11-14 22:13:20.5=13 2065-1-24 5:20:0=14)";
-
 TEST(DataParsingDecode, RawPiecesReadByLayoutAndFormat) {
   std::istringstream cases(kDecodeCases);
   for (std::string line; std::getline(cases, line);) {
@@ -87,8 +80,7 @@ TEST(DataParsingDecode, RawPiecesReadByLayoutAndFormat) {
   r.settings = R"([{"name_param": "gain", "value": 2.5}, {"name_param": "rate", "value": 256}])";
   DataParsing::decodeRaw(r);
   EXPECT_EQ(r.settings_values, (std::map<std::string, double>{{"gain", 2.5}, {"rate", 256}}));
-  // Floats in statements as libpqxx 6.4 prints them: nine significant digits, beyond them the
-  // exponent form; the values that are not finite named whatever their sign bit.
+  // Floats in statements as libpqxx 6.4 prints them, not finite ones whatever their sign bit.
   const float inf = std::numeric_limits<float>::infinity(),
               nan = std::numeric_limits<float>::quiet_NaN();
   std::string floats;
@@ -109,18 +101,15 @@ INSERT INTO module_param (name, value, type_module, type_param, module_revision)
 INSERT INTO channel VALUES (100, 42, '', 'ZXYcab'), (101, 42, 'b', 'zyx'), (202, 43, '', 'yzx'), (300, 44, '', '');
 INSERT INTO channel_contol_point VALUES (100, 11, true), (101, 12, true), (101, 13, true), (300, 14, false);
 INSERT INTO control_point (id, aggregate_id, significance_coefficient) SELECT id, 3, 1 FROM generate_series(11, 14) id;
-INSERT INTO observed_param VALUES ('A', 1), ('B', 1), ('C', 1);
+INSERT INTO observed_param VALUES ('A', 1), ('B', 1), ('C', 1); INSERT INTO recommendation VALUES (51, '2003', 2, true);
 INSERT INTO visualization (id, source, name_param, type_param, channel_id, control_point_id, active, kz, green, yellow, orange,
   corridor_active, message_settings) SELECT i, 42, n, 1, c, p, true, 1, 1, 2, 3, true, '{"corridorActive": [{"codeMessage": "2003",
   "recommendations": []}]}' FROM (VALUES (501, 'A', 100, 11), (502, 'B', 100, 11), (503, 'C', 100, 11), (599, 'A', 101, 12)) v(i, n, c, p);
 INSERT INTO list_of_messages VALUES ('4', true), ('2003', true), ('2005', false), ('2007', true);
-INSERT INTO recommendation VALUES (51, '2003', 2, true);
 INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, tu_error) SELECT i, s, m, p, '2024-05-01 10:00', t FROM (VALUES
   (1, 42, 103, 1, NULL), (2, 42, 103, 1, NULL), (3, 43, 103, 1, NULL), (4, 44, 10, 0, '[{"name_param": "state", "value": 1}]')) v(i, s, m, p, t);
 INSERT INTO fu_raw (param_info_id, param_type_id, c_type, data) VALUES (1, 4, 2, '0x1700'), (3, 4, 2, '0x1700');)";
-
 class DataParsingTest : public vek_test::StoreTest {};
-
 TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
   exec(kPlant);
   param_info info;
@@ -129,7 +118,7 @@ TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
   std::unique_ptr<Visualization> shown;
   std::unique_ptr<DataParsing> parsing;
   DataCache cache;
-  // The objects of row id as the main loop makes them, after readData and run for each point.
+  // The objects of row id as the loop makes them, after readData and run for each point.
   const auto run = [&](int id, bool replay = false) -> DataParsing& {
     parsing.reset();
     store().readParamInfo(id, info);
@@ -158,9 +147,8 @@ TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
     return text;
   };
   DataParsing& m = run(1);
-  // Upper case works as lower case: the first triple is mounted z, x, y; the second c, a, b. A
-  // shorter text changes only the places it reaches; the seventh letter on and an empty text
-  // change nothing. Without points the module's own channel gives the axes.
+  // Upper case works as lower case; a shorter text changes only the places it reaches; the
+  // seventh letter on and an empty text change nothing; without points the module's channel.
   EXPECT_EQ(axes(m), "zxyxyzabccab");
   for (const auto& [text, maps] :
        {std::pair{"y", "yxyxyzabccab"}, {"xyzzyxa", "xyzzyxabccab"}, {"", "xyzzyxabccab"}}) {
@@ -169,7 +157,6 @@ TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
     EXPECT_EQ(axes(m), maps) << text;
   }
   EXPECT_EQ(axes(run(3)), "yzxxyzabcabc");
-
   // Defaults of the row's module type at the module's own revision only. No piece: no data,
   // and a computation of a module type that has one sets `computed` anew even then.
   DataParsing& empty = run(2);
@@ -189,7 +176,6 @@ TEST_F(DataParsingTest, FoldedValuesDefectsModuleStateAndAReplay) {
     empty.run(false);
     EXPECT_FALSE(empty.computed) << type;
   }
-
   // type_mod/type_param, "+" for a pair that is processed; a refused telemetry row is passed
   // over in silence, any other refused pair is logged.
   std::istringstream pairs("1/0+ 1/8+ 1/9- 9/8+ 2/8+ 8/0+ 3/21+ 3/22- 5/6+ 7/7- 10/10+ 10/11- "
