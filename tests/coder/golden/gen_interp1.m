@@ -6,8 +6,6 @@ for n = [2 3 8 97 1000]
   v = 1e3 * rand(1, n);
   v(2) = v(1);  % a flat interval
   xq = [x(1) - 1, x(1), linspace(x(1), x(end), 53), x(end), x(end) + 1, NaN, x];
-  vq = interp1(x, v, xq);
-  vq(isna(vq)) = NaN;
-  s = sprintf("_%d", n);
+  vq = interp1(x, v, xq); vq(isna(vq)) = NaN; s = sprintf("_%d", n);
   golden_print(1, ["x" s], x, ["v" s], v, ["xq" s], xq, ["vq" s], vq);
 end

@@ -1,10 +1,7 @@
 function x = lcg_signal(seed, n)
-  % Park-Miller s = mod(16807 s, 2^31 - 1), exact in doubles, mapped to [-0.5, 0.5): the test
-  % signal the C++ tests rebuild bit for bit (lcgSignal).
-  x = zeros(1, n);
-  s = seed;
+  % Park-Miller s = mod(16807 s, 2^31 - 1), exact in doubles, in [-0.5, 0.5): as lcgSignal.
+  x = zeros(1, n); s = seed;
   for k = 1:n
-    s = mod(16807 * s, 2147483647);
-    x(k) = s / 2147483647 - 0.5;
+    s = mod(16807 * s, 2147483647); x(k) = s / 2147483647 - 0.5;
   end
 end
