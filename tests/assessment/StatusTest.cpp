@@ -46,20 +46,7 @@ visualization parameter(const std::string& name, float g, float y, float o, floa
 TEST(StatusCalculate, ParametersReducedToThePointStatus) {
   std::ostringstream out;
   DataCache cache;
-  for (const auto& [point, rows] :
-       std::initializer_list<std::pair<int, std::vector<visualization>>>{
-           {11,
-            {parameter("V", 2.8f, 4.5f, 7.1f, 1, 10), parameter("T", 30, 40, 50, 2, 70),
-             parameter("K", 3, 4, 5, 0, 20), parameter("A", 1, 2, 3, 1, 30, 0),
-             parameter("U", 50, 30, 20, 1, 5, 1, 0)}},
-           {11, {parameter("A", 1, 2, 3, 1, 30, 0)}},
-           {11, {parameter("A", 3, 4, 5, 0.01f, 2), parameter("B", 3, 4, 5, 0.5f, 2)}},
-           {11, {}},
-           {12,
-            {parameter("F", 10, 5, 5, 1, 14), parameter("Q", 2.5f, 5, 10, 1, 208, 1, 1, 100),
-             parameter("Z", 2.5f, 5, 10, 1, 1, 1, 1, 0, 2)}},
-           {12, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 6), parameter("V", 10, 20, 30, 1, 50)}},
-           {0, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 6)}}}) {
+  const auto assess = [&](int point, const std::vector<visualization>& rows) {
     Status status(nullptr, 42, 1001, 100, point, false);
     status.readData(rows);
     status.calculateStatus();
@@ -67,7 +54,17 @@ TEST(StatusCalculate, ParametersReducedToThePointStatus) {
     for (const auto& [name, p] : status.parameters)
       out << name << ":" << p.value << ":" << p.color << ":" << p.weighted << ",";
     out << "|" << status.status << "|" << status.status_max << "|" << status.has_data << " ";
-  }
+  };
+  assess(11, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 10), parameter("T", 30, 40, 50, 2, 70),
+              parameter("K", 3, 4, 5, 0, 20), parameter("A", 1, 2, 3, 1, 30, 0),
+              parameter("U", 50, 30, 20, 1, 5, 1, 0)});
+  assess(11, {parameter("A", 1, 2, 3, 1, 30, 0)});
+  assess(11, {parameter("A", 3, 4, 5, 0.01f, 2), parameter("B", 3, 4, 5, 0.5f, 2)});
+  assess(11, {});
+  assess(12, {parameter("F", 10, 5, 5, 1, 14), parameter("Q", 2.5f, 5, 10, 1, 208, 1, 1, 100),
+              parameter("Z", 2.5f, 5, 10, 1, 1, 1, 1, 0, 2)});
+  assess(12, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 6), parameter("V", 10, 20, 30, 1, 50)});
+  assess(0, {parameter("V", 2.8f, 4.5f, 7.1f, 1, 6)});
   out << cache.getCpStatus(11) << "|" << cache.getCpStatus(12) << "|" << cache.getCpStatus(13);
   EXPECT_EQ(out.str(),
             "A:15:0:0,K:10:4:0,T:35:2:4,U:2.5:0:0,V:5:3:3,|3.5|4|1 A:15:0:0,|1|1|1 "
