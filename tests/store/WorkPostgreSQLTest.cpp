@@ -602,7 +602,7 @@ struct DecimalComma : std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-TEST_F(StoreSession, NumbersCarryAPointInADecimalCommaLocaleAndTextsStayOneLiteral) {
+TEST_F(StoreSession, NumbersCarryAPointInADecimalCommaLocaleAndResultsKeepTheirPartitions) {
   // The C library's formatting as well, where the host has the locale.
   const std::string saved_c = std::setlocale(LC_NUMERIC, nullptr);
   const std::locale saved;
@@ -617,6 +617,13 @@ TEST_F(StoreSession, NumbersCarryAPointInADecimalCommaLocaleAndTextsStayOneLiter
   EXPECT_EQ(list(table) + rows("SELECT status, status_max FROM control_point WHERE id = 21 UNION "
                                "ALL SELECT value, NULL FROM result_temp"),
             "[1234.5,-0.375]2.75|1234.5\n-2.5e-07|NULL\n");
+  // A partition of the results for each new or renumbered visualization; it outlives the
+  // visualization and is found again when the id comes back.
+  exec("UPDATE visualization SET id = 7 WHERE id = 5; DELETE FROM visualization WHERE id = 6;"
+       "INSERT INTO visualization (id, source, name_param) VALUES (6, 42, 'B')");
+  EXPECT_EQ(rows("SELECT inhrelid::regclass FROM pg_inherits WHERE inhparent = "
+                 "'result_base'::regclass ORDER BY inhrelid"),
+            "result_101\nresult_5\nresult_6\nresult_103\nresult_7\n");
 }
 
 } // namespace
