@@ -47,18 +47,17 @@ TEST(PrintLog, RoutesTextByItsFlagsAndOpensTheFileForEveryLine) {
                 "|" + file(path + ".1"),
             "first\nresult line\nconsole only again\nnone||after rotation\n|first\nreading data: "
             "ID = 7\nplain\n");
-  std::remove((path + ".1").c_str());
-  std::remove(path.c_str());
+  EXPECT_EQ(std::remove((path + ".1").c_str()) + std::remove(path.c_str()), 0);
 }
 
-// The host runs seven hours east of UTC, by a POSIX rule that needs no zone database;
-// stringToSec and stringToDateTime take every text as local time.
+// The host runs seven hours east of UTC (a POSIX rule, no zone database); texts read back as
+// local time.
 TEST(TimeHelpers, UnpaddedTextsShiftedByTheOffsetFromUtcOrTheHostZone) {
   setenv("TZ", "XYZ-7", 1);
   tzset();
   const char* format = "%Y-%m-%d %H:%M:%S";
-  // The statement form (flag 2) through sec_to_string, which shares it; a text cut after the
-  // date keeps the date, an empty one or no date at all is the zeroed fields (31 Dec 1899).
+  // The statement form (flag 2) through sec_to_string; a text cut after the date keeps the date,
+  // an empty one or no date at all is the zeroed fields (31 Dec 1899).
   std::string texts =
       sec_to_string(1688461501L) + "," + sec_to_string(0L) + "," + sec_to_string(1703980799L);
   for (const char* text : {"2023-7-4 9:5:1", "2023-07-04 09:05:01", "2023-7-4", ""})

