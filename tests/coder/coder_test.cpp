@@ -1,7 +1,6 @@
-// The numeric runtime against references: Octave's (or MATLAB's published) results in the
-// golden files, read by one driver (golden/gen_*.m write them and say how each is built);
-// hand-worked cases of the documented rules; identities and direct sums in extended
-// precision; the degenerate inputs the blocks rely on; the kept FFT plans and filter designs.
+// The numeric runtime against references: Octave's (or MATLAB's published) results in golden
+// files read by one driver (golden/gen_*.m write them), hand-worked cases of the documented
+// rules, identities, direct sums in extended precision, and the degenerate inputs.
 #include "coder/FftPlanCache.h"
 #include "coder/binary_expand_op.h"
 #include "coder/correlation_scan.h"
@@ -188,17 +187,16 @@ int second(const S& k) { // "<a>_<b>" -> b
 }
 
 // Named tolerances, by why two correct implementations differ: kExact a permutation, a chosen
-// element, a sum in the same order; kFftTol FFTW plans of other lengths, a few ulp per stage to
-// 2^18; kOneUlpSums the same sums, another association; kDirectSums up to 501 products added
-// in another order; kDetrendTol a 2-column QR, on the input's scale; kGridTol Octave builds the
-// grid another way; kPolyfitTol pivoted QR against unpivoted, cond < 1e3; kKaiserTol Octave's
-// Bessel series, ends near 1e-16; kEnvTol two FFTs, a 51-tap convolution, a modulus; kPchipTol
-// another order of the cubic; kThdTol tone sums agree to 1e-12, a skirt bin at the noise floor
-// may be decided otherwise; kLoessTol two QR solvers on systems scaled to [-1, 1], kWindowTol a
-// whole number of steps; kSumTol blocked against plain sums to 16384 values, a scaled 2-norm
-// against the two-pass one; kMomentTol third and fourth powers amplify it; kMedianTol the last
-// bit of an even count's average; kFirlsTol another formulation, drifting with the normal
-// equations' condition: rounding for short designs, ~1e7 at order 298, 7.8e10 at order 500.
+// element, a sum in the same order; kFftTol FFTW plans of other lengths, a few ulp per stage;
+// kOneUlpSums another association; kDirectSums up to 501 products in another order;
+// kDetrendTol a 2-column QR, on the input's scale; kGridTol Octave builds the grid another way;
+// kPolyfitTol pivoted QR against unpivoted, cond < 1e3; kKaiserTol Octave's Bessel series, ends
+// near 1e-16; kEnvTol two FFTs, a 51-tap convolution, a modulus; kPchipTol another order of the
+// cubic; kThdTol tone sums agree to 1e-12, a skirt bin may be decided otherwise; kLoessTol two
+// QR solvers, kWindowTol a whole number of steps; kSumTol blocked against plain sums of up to
+// 16384 values; kMomentTol powers amplify it; kMedianTol the last bit of an even count's
+// average; kFirlsTol another formulation, drifting with the condition: ~1e7 at order 298,
+// 7.8e10 at order 500.
 constexpr double kExact = 0, kFftTol = 1e-12, kOneUlpSums = 1e-15, kDirectSums = 1e-14,
                  kDetrendTol = 1e-13, kGridTol = 1e-13, kPolyfitTol = 1e-12, kKaiserTol = 2e-14,
                  kEnvTol = 1e-12, kPchipTol = 1e-13, kThdTol = 1e-9, kLoessTol = 1e-12,
@@ -233,13 +231,10 @@ TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
     EXPECT_TRUE(near(flatten(y) + flatten(back),
                      g["fre_" + k] + g["fim_" + k] + g["ire_" + k] + g["iim_" + k], kFftTol));
   });
-  each("fft", "bins_", [](auto& g, const S& k) { // long padded signals: some bins, the power
+  each("fft", "bins_", [](auto& g, const S& k) { // long padded signals: some bins
     coder::array<creal_T, 2> y;
     coder::fft(toRow(lcgSignal(7, std::stoi(k))), second(k), y);
-    const V v = flatten(y);
-    const double power = std::inner_product(v.begin(), v.end(), v.begin(), 0.0);
     EXPECT_TRUE(near(flatten(pick(y, g["bins_" + k])), g["bre_" + k] + g["bim_" + k], kFftTol));
-    EXPECT_TRUE(near({power}, g["bpow_" + k], kFftTol));
   });
   each("hilbert", "x_", [](auto& g, const S& k) { // a row, and a column alike
     coder::array<creal_T, 2> z;
@@ -354,14 +349,13 @@ TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
     const V &re = g["re_" + k], &im = g["im_" + k];
     const auto z = toComplex(re, im);
     int i = 0, j = 0, ri = 0, rj = 0;
-    const creal_T mx = coder::internal::maximum(z.data(), z.numel(), &i);
-    const creal_T mn = coder::internal::minimum(z.data(), z.numel(), &j);
+    const creal_T mx = coder::internal::maximum(z.data(), z.numel(), &i),
+                  mn = coder::internal::minimum(z.data(), z.numel(), &j);
     const V real = {coder::internal::maximum(re.data(), int(re.size()), &ri), double(ri),
                     coder::internal::minimum(re.data(), int(re.size()), &rj), double(rj)};
-    EXPECT_EQ(V({mx.re, mx.im, double(i), mn.re, mn.im, double(j)}) +
-                  (g.has("maxreal_" + k) ? real : V()),
+    EXPECT_EQ(V({mx.re, mx.im, double(i), mn.re, mn.im, double(j)}) + real,
               g["max_" + k] + g["min_" + k] +
-                  (g.has("maxreal_" + k) ? g["maxreal_" + k] + g["minreal_" + k] : V()));
+                  (g.has("maxreal_" + k) ? g["maxreal_" + k] + g["minreal_" + k] : real));
   });
   each("sortrows", "a_", [](auto& g, const S& k) { // rows of 3 columns, exactly
     const V& a = g["a_" + k];
@@ -378,9 +372,8 @@ TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
       k[0] == 'h' ? coder::hanning(second(k), w) : coder::tukeywin(second(k), w);
     // Octave's hanning: its second half from cosines near 2 pi, a few 1e-17 absolute
     const V v = toVector(w);
-    EXPECT_TRUE(k[0] == 'k'   ? near(v, g[k], kKaiserTol, 0.0)
-                : k[0] == 'h' ? near(v, g[k], kOneUlpSums)
-                              : near(v, g[k], kExact));
+    const int kind = (k[0] == 'h') + 2 * (k[0] == 'k'); // tukeywin, hanning, kaiser (each value)
+    EXPECT_TRUE(near(v, g[k], V{kExact, kOneUlpSums, kKaiserTol}[size_t(kind)], kind / 2 - 1.0));
     EXPECT_EQ(v, V(v.rbegin(), v.rend())); // exactly mirrored, as the correlation sums assume
   });
   each("periodogram", "case_", [](auto& g, const S& k) { // case: -, nfft, fs
@@ -430,7 +423,7 @@ TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
   });
 }
 
-TEST(HandWorked, NonFiniteHelpersAndComplexOrder) {
+TEST(HandWorked, NonFiniteHelpersComplexOrderPeaksAndColonRanges) {
   // hypot: equal magnitudes use the constant, not sqrt(18); the squares never overflow. rem:
   // 0.3 / 0.1 is whole to within eps of the quotient, so 0 where fmod gives 0.0999... iseq: at
   // |y|/2 the spacing is 2^-53, so one ulp of 1.0 is not below it; below the smallest normal
@@ -489,9 +482,6 @@ TEST(HandWorked, NonFiniteHelpersAndComplexOrder) {
     const V& z = c[0];
     EXPECT_EQ(relop({z[0], z[1]}, {z[2], z[3]}), c[1][0] != 0) << z[0] << " " << z[1];
   }
-}
-
-TEST(HandWorked, PeaksAndColonRanges) {
   // strictly above the left neighbour and the next different value on the right, plateaus
   // at their first sample, ends never (short inputs have none), NaN as +Inf in the scan and
   // not reported, +Inf always a peak, -Inf an ordinary low value; descending, ties stable
@@ -548,16 +538,16 @@ TEST(HandWorked, PeaksAndColonRanges) {
   }
 }
 
-TEST(HandWorked, StatisticsWhereMatlabAndOctavePart) {
+TEST(HandWorked, StatisticsWhereMatlabAndOctavePartAndThdToneSearch) {
   // x = [1 2 3 4 10 NaN] skipping NaN: mean 4, m2 = 50/5 = 10, m3 = (-27-8-1+0+216)/5 = 36,
   // m4 = (81+16+1+0+1296)/5 = 278.8 (Octave would propagate the NaN)
-  const V x = {1, 2, 3, 4, 10, kNaN}, c = {2.5, 2.5, 2.5}, nan2 = {kNaN, kNaN};
+  const V x = {1, 2, 3, 4, 10, kNaN}, flat = {2.5, 2.5, 2.5}, nan2 = {kNaN, kNaN};
   same({stat(coder::skewness, x), stat(coder::kurtosis, x), stat(coder::b_std, {1e300, -1e300})},
        {36 / std::pow(10, 1.5), 2.788, 1e300 * std::sqrt(2)}, 1e-14);
   // constant data 0/0; an empty input; a single or infinite value; pairs of the median:
   // opposite signs averaged directly, same signs through the difference
-  same({stat(coder::nanmean, x), stat(coder::peak2peak, x), stat(coder::skewness, c),
-        stat(coder::kurtosis, c), stat(coder::peak2peak, c), stat(coder::kurtosis, nan2),
+  same({stat(coder::nanmean, x), stat(coder::peak2peak, x), stat(coder::skewness, flat),
+        stat(coder::kurtosis, flat), stat(coder::peak2peak, flat), stat(coder::kurtosis, nan2),
         stat(coder::nanmean, nan2), stat(coder::peak2peak, nan2), stat(coder::b_std, {7}),
         stat(coder::b_std, {kInf}), stat(coder::b_std, {}), stat(coder::mean, {}),
         stat(coder::sum, {}), stat(coder::median, {}), coder::medianOfPair(-1, 3),
@@ -573,9 +563,6 @@ TEST(HandWorked, StatisticsWhereMatlabAndOctavePart) {
     z[k] = {re[k] = std::sin(0.37 * k) * 1e3 + 0.1, im[k] = std::cos(0.11 * k) - 0.3};
   const creal_T zs = coder::sum(z.data(), 3001);
   same({stat(coder::sum, ones), zs.re, zs.im}, {0, stat(coder::sum, re), stat(coder::sum, im)});
-}
-
-TEST(HandWorked, ThdToneSearchOnAnUnevenGrid) {
   // a tone over bins 0..4 of a PSD on a grid of uneven steps. Global maximum at bin 2: the
   // left roll stops at bin 0, the right one after bin 4 (0.05 < 0.2); the tone starts at 0 Hz,
   // so the extra width (4 - 0)/4 goes to the end. Near 5.2 Hz: bins 4..6, extra width first.
@@ -632,9 +619,8 @@ TEST(Smoothdata, SmallWindowsMissingValuesRepeatedStampsAndUnevenEnds) {
 }
 
 TEST(HandWorked, CoderArrayAndImplicitExpansion) {
-  // column-major extents; a count kept in place (same flat order, no reallocation), growth
-  // from a capacity of 16 by doubling, shrinking keeping the capacity; a negative extent is 0;
-  // reshape is a view, and a copy of a view owns its elements
+  // column-major extents; a count kept in place (same flat order, no reallocation), growth from
+  // 16 by doubling, shrinking keeps the capacity; a negative extent is 0; reshape is a view.
   coder::array<double, 2> a, empty;
   V got = {double(a.size(0)), double(a.size(1)), double(a.empty())};
   a.set_size(3, 4);
@@ -681,8 +667,7 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
   coder::array<double, 2> odd, odd_edges, z;
   coder::firls(31, {0, 0.5, 0.6, 1}, {1, 1, 0, 0}, odd);
   coder::firls(30, {0, 0.5, 0.6}, {1, 1, 0}, odd_edges);
-  coder::tukeywin(7, w);
-  coder::periodogram(toColumn(lcgSignal(1, 64)), w, 64, 1000.0, P, F);
+  coder::periodogram(toColumn(lcgSignal(1, 64)), toColumn(V(7, 1.0)), 64, 1000.0, P, F);
   coder::cumtrapz(toRow({0.0, 1.0}), toRow({1.0, 3.0, 2.0}), z);
   coder::filter(coder::array<double, 1>(), pulse, yf);
   coder::filter(toColumn({0.25, 0.5, 0.25}), pulse, pulse);
@@ -691,9 +676,8 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
                     odd_edges.numel() + P.numel() + F.numel())} +
            shape(z) + toVector(z) + toVector(yf) + toVector(pulse),
        {kNaN, kNaN, kNaN, kNaN, 0, 1, 3, 0, 2, kNaN, 0, 0, 0, 0, 0, 0.25, 0.5, 0.25, 0, 0.5});
-  // Empty and in place: transforms of nothing, a complex transform into its own input, a
-  // NaN spreading over a detrended row written in place, windows of no or negative length,
-  // the Kaiser window of a NaN beta.
+  // Empty and in place: transforms of nothing or into their input, a NaN spreading over a row
+  // detrended in place, windows of no or negative length or a NaN beta.
   coder::array<creal_T, 1> spec = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
   coder::fft(spec, 8, out);
   coder::fft(spec, 8, spec);
@@ -711,10 +695,8 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
              coder::internal::besselI0(1)} +
            toVector(line),
        flatten(out) + V{0, kNaN, kInf, 1, 1.2660658777520084} + V(50, kNaN));
-  // Least squares: three points for a cubic are rank 3, one coefficient exactly 0; all abscissae
-  // equal (std 0) or a NaN in the data: every coefficient NaN. A duplicated column: rank 1, the
-  // pivoted-out coefficient exactly 0. A square system needing a row swap: [0 2; 1 1] x = [4; 3]
-  // gives [1; 2].
+  // Least squares: a cubic through three points, or A with a duplicated column: rank 3 (1),
+  // one coefficient exactly 0; equal abscissae (std 0) or a NaN: all NaN; [0 2; 1 1] \ [4; 3].
   const V tp = {0.0, 1.0, 3.0}, xp = {1.0, 2.0, 0.5}, nan_y = {3, 4, kNaN};
   V p, pc, pn, xs(2), xq(2);
   double mu[2], mu_flat[2];
@@ -765,9 +747,8 @@ TEST(Fft, ThreadsPlanningAtOnceAndLengthsBeyondTheKeptPlans) {
     }
     return r;
   });
-  // Signals of ever new lengths fill the real kind's kept plans; past them each call plans for
-  // itself and the results stay those of the complex transform's kept plans (eight new
-  // lengths). The other kinds keep their own plans.
+  // Ever new lengths fill the real kind's kept plans; past them each call plans for itself, the
+  // results still those of the complex kind's kept plans (eight new lengths, its own count).
   using coder::internal::FftPlanCache;
   auto& cache = FftPlanCache::instance();
   const size_t complex_kept = cache.size(FftPlanCache::Kind::ComplexForward);
@@ -815,15 +796,12 @@ TEST(Firls, FixedFormsOfTheBlocksAndTheCache) {
 constexpr double kScanBound = 5e-14, kDirectBound = 5e-13;
 
 TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
-  // n, dt, f0, step, m, first phase: the decimated rotor searches, the fine supply scan, the
-  // right line moving down, cor_for of the current and bearing analyses counting the phase
-  // from 0, one and two samples, a prime length
+  // n, dt, f0, step, m, first phase: the decimated rotor searches, the right line moving down,
+  // cor_for counting the phase from 0, one and two samples, a prime length
   const double cases[][6] = {{16384, 8 / 26667.0, 47, 0.01, 401, 1},
                              {2048, 8 / 26667.0, 7, 0.01, 5401, 1},
-                             {4096, 0.002, 49.6, 0.002, 401, 1},
                              {4096, 0.002, 75, -0.002, 300, 1},
                              {20000, 1e-4, 49.8, 0.002, 201, 0},
-                             {8192, 1 / 26667.0, 180, 0.01, 201, 0},
                              {1, 0.002, 49.6, 0.1, 9, 1},
                              {2, 0.002, 10, 0.1, 7, 1},
                              {1021, 0.002, 10, 0.1, 501, 1}};
@@ -832,7 +810,8 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
   for (const auto& c : cases) {
     const int n = int(c[0]), m = int(c[4]), first = int(c[5]);
     // a line near the band, its harmonic and noise, like a velocity's analytic signal
-    std::vector<creal_T> y(static_cast<size_t>(n)), out[3];
+    std::vector<creal_T> y(static_cast<size_t>(n));
+    std::vector<std::vector<creal_T>> out(3, std::vector<creal_T>(static_cast<size_t>(m)));
     V re(y.size());
     double scale = 0.0;
     for (size_t k = 0; k < y.size(); ++k) {
@@ -842,8 +821,6 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
       re[k] = y[k].re;
       scale += std::hypot(y[k].re, y[k].im);
     }
-    for (auto& o : out)
-      o.resize(static_cast<size_t>(m));
     coder::correlation_scan_grid(y.data(), n, c[1], first, c[2], c[3], m, out[0].data());
     coder::correlation_scan_grid(re.data(), n, c[1], first, c[2], c[3], m, out[1].data());
     for (int i = 0; i < m; i += (m > 50 ? 13 : 1)) { // every 13th point on long grids

@@ -13,8 +13,7 @@ b = b / abs(exp(-1i * 2 * pi * (0:n) * (0.625 / 2)) * b.');
 cases = [16000 4 2 31; 16000 5 2 32; 2000 1000 1 0; 26667 1001 2 33; 16667 4096 2 34;
          16000 16384 2 35];
 for c = 1:rows(cases)
-  fs = cases(c, 1); N = cases(c, 2);
-  golden_print(fid, sprintf('case_%d', c), cases(c, :));
+  fs = cases(c, 1); N = cases(c, 2); golden_print(fid, sprintf('case_%d', c), cases(c, :));
   if cases(c, 3) == 1
     t = (0:N - 1)' / fs; x = (1 + 0.4 * cos(2 * pi * 37 * t)) .* cos(2 * pi * (5 * fs / 16) * t);
     golden_print(fid, sprintf('x_%d', c), x);

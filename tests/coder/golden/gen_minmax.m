@@ -11,9 +11,8 @@ function put_extremes(s, z, all)
   end
 end
 for n = [1 2 3 5 8 17 401 5401]
-  z = randn(1, n) + 1i * randn(1, n);
+  z = randn(1, n) + 1i * randn(1, n); s = sprintf("_%d", n);
   if n >= 5, z(2) = NaN; z(4) = complex(NaN, 1); end
-  s = sprintf("_%d", n);
   golden_print(1, ["re" s], real(z), ["im" s], imag(z));
   put_extremes(s, z, true);
 end

@@ -13,10 +13,8 @@ function [power, freq, l, r] = tone_from_psd(P, F, rbw, target)
     [~, k] = max(P(lo:min(idx0 + 1, n)));
     idx = lo + k - 1;
   end
-  left = idx - 1;
-  while left >= 1 && P(left) <= P(left + 1), left = left - 1; end
-  right = idx + 1;
-  while right <= n && P(right - 1) >= P(right), right = right + 1; end
+  left = idx - 1; while left >= 1 && P(left) <= P(left + 1), left = left - 1; end
+  right = idx + 1; while right <= n && P(right - 1) >= P(right), right = right + 1; end
   l = left + 1; r = right - 1;
   freq = sum(F(l:r) .* P(l:r)) / sum(P(l:r));
   if l < r
