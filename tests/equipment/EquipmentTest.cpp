@@ -55,7 +55,13 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
     INSERT INTO visualization (id,source,name_param,type_param,channel_id,control_point_id,active)
       VALUES (1,42,'A',1,100,11,true),(2,42,'B',2,100,11,true),(3,42,'C',3,100,11,true),
       (4,42,'D',1,100,11,false),(5,42,'E',1,101,12,true),(6,42,'F',3,100,11,NULL),
-      (7,42,'X',1,100,11,true);)");
+      (7,42,'X',1,100,11,true);
+    INSERT INTO visualization (id,source,name_param,channel_id,control_point_id,active,green,yellow,
+      orange,kz,middle,corridor_active) VALUES (9,42,'V',100,11,true,2.8,4.5,7.1,1,true,true),
+      (10,42,'W',100,11,true,60,80,95,1,false,true);
+    INSERT INTO result_base (param_info_id,visualization_id,receipt_date,value,middle,status_calc)
+      VALUES (1005,9,'2024-05-01 10:00',3,2.5,0),(1006,9,'2024-05-01 11:00',9,9,1),
+      (1008,9,'2024-05-01 13:00',7.5,7,0),(1009,10,'2024-05-01 14:00',80,85,0);)");
   std::string text;
   for (const long source : {40, 77}) {
     Module m(&store(), source);
@@ -86,13 +92,7 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
                shown.getData({2, 2}), shown.getData({3, 1}, 100, 11), shown.getData({1}, 101, 12),
                shown.getData({1}, 100, 12), shown.getData({1}, 101, 11));
   // A recalculation judges the last good value stored up to its measurement, smoothed for V.
-  exec(R"(INSERT INTO visualization (id,source,name_param,channel_id,control_point_id,active,
-      green,yellow,orange,kz,middle,corridor_active) VALUES (9,42,'V',100,11,true,2.8,4.5,7.1,1,
-      true,true),(10,42,'W',100,11,true,60,80,95,1,false,true);
-    INSERT INTO result_base (param_info_id,visualization_id,receipt_date,value,middle,status_calc)
-      VALUES (1005,9,'2024-05-01 10:00',3,2.5,0),(1006,9,'2024-05-01 11:00',9,9,1),
-      (1008,9,'2024-05-01 13:00',7.5,7,0),(1009,10,'2024-05-01 14:00',80,85,0);)");
-  shown.readData(); // replaces the rows with those stored now
+  shown.readData(); // replaces the rows
   text += line(shown.visualizations, shown.verify());
   for (const int param_info_id : {1007, 1009}) {
     Status status(&store(), 42, param_info_id, 100, 11, true);
@@ -122,11 +122,10 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
                  logText().substr(logText().rfind("aggregate: ") + 11));
   }
   // Modules 0x8000001F and unknown; motors of power, speed and poles 2, 2, 1 and less; bearings:
-  // pi as 3.14159265 (exactly 0.2617993878), plain, 4 and 5 elements, no ball, no pitch; machines:
-  // the channel that made a shared point keeps it; no drive for valves and static equipment; a
-  // point without machine, at no node, no channel. Machines' status, maximum, message, stored
-  // status, log: points never assessed (34) or of a tiny status (35) are not reckoned; yellow, at
-  // the point weighing most; orange from 2.5 at the first of two; yellow from 1.5; none reckoned.
+  // pi as 3.14159265, plain, 4 and 5 elements, no ball, no pitch; machines: the channel that made
+  // a shared point keeps it; no drive for valves and static equipment; a point without machine,
+  // at no node, no channel. Machines: points never assessed (34) or of a tiny status (35) are not
+  // reckoned; yellow at the point weighing most; orange from 2.5; yellow from 1.5; none reckoned.
   std::string expected = R"(7|1|2|2147483679|5|6|1|3|+3:00|plant|0|1|1||40 : 1 2 |
 0|0|0|2147483648|0|0|0|0|||0|0|0|data of module: 77 is incorrect |77 : 0 0 | 1|55|1480|98|380|4|2|1|
 7.9|9|1|25|52|15|0.2617993875|38.5|1| 2|1|1480|98|380|4|2|0| 0|0|3|0|0|0|0|0|1| 3|55|1|98|380|4|2|0|
