@@ -54,11 +54,12 @@ bool MeasurementLoop::aggregateStatusDue(const std::map<int, int>& written_at, i
 }
 
 MeasurementLoop::MeasurementLoop(DataBase* db_, PrintLog* log_, Calculation* calculation_,
-                                 DataCache* cache_, const CommandLine& options, int middle_,
-                                 int id_history_, int id_current_)
-    : db(db_), log(log_), calculation(calculation_), cache(cache_), id_stop(options.id_stop),
-      pause(options.pause), middlecounter(options.middlecounter), source(options.source),
-      id_history(id_history_), middle(middle_), id_current(id_current_),
+                                 DataCache* cache_, ModuleWork* module_work_,
+                                 const CommandLine& options, int middle_, int id_history_,
+                                 int id_current_)
+    : db(db_), log(log_), calculation(calculation_), cache(cache_), module_work(module_work_),
+      id_stop(options.id_stop), pause(options.pause), middlecounter(options.middlecounter),
+      source(options.source), id_history(id_history_), middle(middle_), id_current(id_current_),
       control_task_timer(calculation_->getIntervalControlTask()),
       analyze_module_timer(calculation_->getIntervalAnalyzeModule()) {}
 
@@ -131,6 +132,15 @@ bool MeasurementLoop::guardedPass() {
     aggregate_clock = 0;
   }
 
+  // A replay walks old rows: whether modules deliver now is not its business. The gateways
+  // are judged first, since a module's verdict depends on its gateway's.
+  if (!replay && analyze_module_timer > calculation->getIntervalAnalyzeModule()) {
+    analyze_module_timer = 0;
+    module_work->analyze_gateway();
+    module_work->analyze();
+    log->print("control object, module, gateway\n");
+  }
+
   if (id_current <= id_last) {
     processRowGuarded(pass_start);
   }
@@ -170,6 +180,11 @@ void MeasurementLoop::processRowGuarded(std::chrono::steady_clock::time_point pa
 void MeasurementLoop::processRow() {
   param_info info;
   db->readParamInfo(id_current, info);
+  // Any row of a module counted as lost means that it is back. This comes before every filter:
+  // the watch covers all modules, whichever instance computes their rows.
+  if (const int lost = module_work->connectionStatus(info.source); lost > 0) {
+    module_work->setConnectionStatusModule(info.source, lost);
+  }
   // A gap in the ids (a measurement row rolled back or deleted) costs one quick pass: no
   // objects are built and no pause is taken.
   if (info.id == 0) {

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "assessment/DataCache.h"
+#include "connectivity/ModuleWork.h"
 #include "logging/PrintLog.h"
 #include "process/Calculation.h"
 #include "process/CommandLine.h"
@@ -24,11 +25,12 @@ class Visualization;
 // a second. Each fault leaves one line in the error log.
 class MeasurementLoop {
 public:
-  // `db`, `log`, `calculation` and `cache` are borrowed and outlive the loop. `middle` is the
-  // number of values of the middle as start-up left it. `id_history` is MAX(param_info_id) of
-  // MATH_HISTORY at start, `id_current` the first row to do.
+  // `db`, `log`, `calculation`, `cache` and `module_work` are borrowed and outlive the loop.
+  // `middle` is the number of values of the middle as start-up left it. `id_history` is
+  // MAX(param_info_id) of MATH_HISTORY at start, `id_current` the first row to do.
   MeasurementLoop(DataBase* db, PrintLog* log, Calculation* calculation, DataCache* cache,
-                  const CommandLine& options, int middle, int id_history, int id_current);
+                  ModuleWork* module_work, const CommandLine& options, int middle, int id_history,
+                  int id_current);
 
   // Runs passes until the stop id is reached; with no stop id it never returns.
   void run();
@@ -63,6 +65,7 @@ private:
   PrintLog* log;
   Calculation* calculation;
   DataCache* cache;
+  ModuleWork* module_work;
 
   const int id_stop;
   const int pause;

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "assessment/DataCache.h"
+#include "connectivity/ModuleWork.h"
 #include "logging/PrintLog.h"
 #include "logging/time_helpers.h"
 #include "process/Calculation.h"
@@ -145,6 +146,7 @@ int runService(const CommandLine& options, int argc, const char* const argv[]) {
   if (!registered) {
     return 0;
   }
+  ModuleWork module_work(db, &log);
 
   const int id_history = db->getValueInt("SELECT MAX(param_info_id) FROM MATH_HISTORY");
   const int id_current = options.id_start != 0 ? options.id_start : id_history + 1;
@@ -163,7 +165,8 @@ int runService(const CommandLine& options, int argc, const char* const argv[]) {
     log.print("middlecounter: " + std::to_string(options.middlecounter) + "\n");
   }
 
-  MeasurementLoop loop(db, &log, &calculation, &cache, options, middle, id_history, id_current);
+  MeasurementLoop loop(db, &log, &calculation, &cache, &module_work, options, middle, id_history,
+                       id_current);
   loop.run();
   return 0;
 }
