@@ -13,6 +13,7 @@
 #include "equipment/Visualization.h"
 #include "logging/time_helpers.h"
 #include "pipeline/DataParsing.h"
+#include "process/RecalculationTask.h"
 #include "process/process_state.h"
 #include "records/settings_parsers.h"
 #include "records/types.h"
@@ -140,6 +141,10 @@ bool MeasurementLoop::guardedPass() {
     module_work->analyze();
     log->print("control object, module, gateway\n");
   }
+  if (!replay && control_task_timer > calculation->getIntervalControlTask()) {
+    control_task_timer = 0;
+    controlTask();
+  }
 
   if (id_current <= id_last) {
     processRowGuarded(pass_start);
@@ -156,6 +161,43 @@ bool MeasurementLoop::guardedPass() {
   // The stop id is exclusive and tested at the end of the pass, so a start at or above it
   // still does one row.
   return id_stop != 0 && id_stop - id_current <= 0;
+}
+
+void MeasurementLoop::controlTask() {
+  // One job at a time over all instances: two jobs would share the scratch table of the
+  // middle with the loop and with each other.
+  if (db->getValueInt("SELECT count(*) FROM recalculation WHERE state=2") != 0) {
+    return;
+  }
+  int id = 0;
+  long job_source = 0;
+  std::string time_start;
+  std::string time_stop;
+  std::string time_calculation;
+  db->readRecalculation(id, job_source, time_start, time_stop, time_calculation);
+  if (time_start.empty()) {
+    return;
+  }
+  // A paused job goes on after its last done row; the bounds are strict, so that row is not
+  // computed twice.
+  const std::string from = time_calculation.empty() ? time_start : time_calculation;
+  std::vector<param_info> rows;
+  // A range without an end holds no row: it is finished at once like an empty one, instead of
+  // sending the server a bound it refuses at every check, each time at the cost of a live row.
+  if (!time_stop.empty()) {
+    db->readParamInfo(job_source, from, time_stop, rows);
+  }
+  log->print("task " + std::to_string(id) + "/" + std::to_string(job_source) + "/" + from + " | " +
+             time_stop + " : " + std::to_string(rows.size()) + "\n");
+  if (rows.empty()) {
+    db->writeRecalculation(id, 3, time_stop.empty() ? from : time_stop);
+    return;
+  }
+  // The job's state stays 1 until its thread marks it running; the period of the check keeps
+  // a second check from finding it waiting meanwhile.
+  std::thread(task, process::db_host, process::db_name, process::passwd, process::user,
+              std::move(rows), 10, id)
+      .detach();
 }
 
 void MeasurementLoop::processRowGuarded(std::chrono::steady_clock::time_point pass_start) {

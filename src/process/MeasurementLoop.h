@@ -52,6 +52,9 @@ private:
   // Steps of the pass up to the stop test; exceptions pass to the guard in pass().
   bool guardedPass();
   void processRowGuarded(std::chrono::steady_clock::time_point pass_start);
+  // The recalculation check: hands the oldest waiting job to a thread of its own, unless a
+  // job of any instance is running. A job without rows in its range is finished at once.
+  void controlTask();
   // The row's filters, objects and time check; then one of the two paths below.
   void processRow();
   // A row of telemetry alone (type_param 0): plausibility, values, thresholds.
