@@ -34,25 +34,29 @@ std::string time_now(int flag, std::string offset) {
     hours = std::stoi(hours_text, nullptr, 10);
   }
   std::time_t now = std::time(nullptr);
+  // The reentrant forms: the loop and a recalculation job take the time at once, and the C
+  // library's one shared result would let one thread's text carry the other's fields.
   std::tm broken{};
   if (offset.empty()) {
-    broken = *std::localtime(&now);
+    localtime_r(&now, &broken);
   } else {
     now += static_cast<std::time_t>(hours) * 3600 + static_cast<std::time_t>(minutes) * 60;
-    broken = *std::gmtime(&now);
+    gmtime_r(&now, &broken);
   }
   return formatTime(broken, flag);
 }
 
 std::string time_now(int flag) {
   const std::time_t now = std::time(nullptr);
-  const std::tm broken = *std::gmtime(&now);
+  std::tm broken{};
+  gmtime_r(&now, &broken);
   return formatTime(broken, flag);
 }
 
 std::string sec_to_string(long seconds) {
   const std::time_t value = static_cast<std::time_t>(seconds);
-  const std::tm broken = *std::gmtime(&value);
+  std::tm broken{};
+  gmtime_r(&value, &broken);
   return formatTime(broken, 2);
 }
 
