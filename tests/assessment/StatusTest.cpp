@@ -5,8 +5,6 @@
 #include "assessment/Status.h"
 #include <gtest/gtest.h>
 
-namespace {
-
 // mm/s smaller is better, battery % larger is better, a frequency around 100 (97.5 .. 102.5 cut
 // toward zero to 97 .. 102), -97.5 cut to -97, bounds beyond 32 bits held at its ends. A value on
 // a bound is within; NaN is red.
@@ -27,8 +25,9 @@ TEST(StatusColour, ThresholdsAndCorridors) {
 }
 
 // A parameter of point 11 whose smoothed value is half the raw one; a point judges the smoothed.
-visualization parameter(const std::string& name, float g, float y, float o, float kz, double value,
-                        int active = 1, int corridor = 1, int zero = 0, int type = 1) {
+static visualization parameter(const std::string& name, float g, float y, float o, float kz,
+                               double value, int active = 1, int corridor = 1, int zero = 0,
+                               int type = 1) {
   return {0, 42, 1,         100,   11, name, g,    y,    o,        kz, active,
           1, 0,  value / 2, value, "", 0,    type, zero, corridor, "", ""};
 }
@@ -67,5 +66,3 @@ TEST(StatusCalculate, ParametersReducedToThePointStatus) {
             "A:1:1:0.01,B:1:1:0.5,|0.5|1|1 |0|1|0 F:7:2:2,Q:104:2:2,Z:0.5:4:4,|2.66667|4|1 "
             "V:3:2:2,|2|2|1 V:6:3:3,|3|3|1 3.5|2.66667|0");
 }
-
-} // namespace

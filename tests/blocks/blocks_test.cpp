@@ -11,8 +11,6 @@
 #include <random>
 #include <sstream>
 
-namespace {
-
 using V = std::vector<double>;
 const double kNaN = NAN, kInf = INFINITY;
 
@@ -20,7 +18,7 @@ const double kNaN = NAN, kInf = INFINITY;
 // count a + (b - a)/2 of the middle pair a <= b, which cannot overflow, but (a + b)/2 when
 // they differ in sign or a is infinite. As text, every digit, zeros without sign (the order
 // of 0 and -0 in a window is free).
-std::string slowMedian(const V& x) {
+static std::string slowMedian(const V& x) {
   std::ostringstream y;
   y.precision(17);
   for (size_t k = 0; k < x.size(); ++k) {
@@ -86,5 +84,3 @@ TEST(VDataD, CountsToPressure) {
   for (size_t k = 0; k < counts.size(); ++k)
     EXPECT_NEAR(v_data_d_ns::v_data_d(counts[k]), want[k], kPressureTol) << counts[k];
 }
-
-} // namespace

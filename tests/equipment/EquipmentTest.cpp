@@ -17,11 +17,9 @@ template <typename T> std::ostream& operator<<(std::ostream& out, const std::vec
     out << item << ",";
   return out;
 }
-std::ostream& operator<<(std::ostream& out, const visualization& v) {
+static std::ostream& operator<<(std::ostream& out, const visualization& v) {
   return out << v.id;
 }
-
-namespace {
 
 // The fields joined by "|" and ended by a blank, numbers to 10 digits.
 template <typename... T> std::string line(const T&... fields) {
@@ -144,5 +142,3 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
   std::replace(text.begin(), text.end(), '\n', ' ');
   EXPECT_EQ(text, expected);
 }
-
-} // namespace

@@ -13,8 +13,6 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace {
-
 TEST(PrintLog, RoutesTextByItsFlagsAndOpensTheFileForEveryLine) {
   const std::string path = ::testing::TempDir() + "printlog_" + std::to_string(getpid()) + ".log";
   const auto file = [](const std::string& name) {
@@ -87,5 +85,3 @@ TEST(TimeHelpers, UnpaddedTextsShiftedByTheOffsetFromUtcOrTheHostZone) {
   EXPECT_THROW(time_now(2, "UTC"), std::invalid_argument);
   EXPECT_THROW(time_now(2, "+x:00"), std::invalid_argument);
 }
-
-} // namespace

@@ -6,8 +6,6 @@
 #include <clocale>
 #include <sstream>
 
-namespace {
-
 // Numbers are read as settings always were: integer digits as v * 10 + d, decimals as the sum
 // of d * 0.1, d * 0.01, ... (each factor the previous one times 0.1), then one multiplication or
 // division by ten per unit of the exponent, stopping once the value is settled, and the sign
@@ -92,5 +90,3 @@ TEST(JSONValue, AccessorsOfAnotherTypeReadAsEmptyAndCopiesAreDeep) {
             L"{\n  \"a\":[\n    1,[\n      2,\"x\"\n    ]\n  ],\"b\":{\n    \"c\":null\n  },\"f\":"
             L"false\n}{\"a\":[1,[2,\"x\"]],\"b\":{\"c\":null},\"f\":false}[\n  \n]");
 }
-
-} // namespace
