@@ -654,7 +654,7 @@ TEST(HandWorked, CoderArrayAndImplicitExpansion) {
   static_assert(sizeof(creal_T) == 2 * sizeof(double), "complex values are adjacent doubles");
 }
 
-TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
+TEST(Degenerate, TooLittleDataEmptyNaNRankDeficientAndTies) {
   // Too little data: envspectrum of fewer than four samples, thd of one sample, of one
   // harmonic or of silence (no fundamental), firls of an odd order or edge count,
   // periodogram with a window of another length, cumtrapz with fewer times than samples
@@ -678,9 +678,9 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
        {kNaN, kNaN, kNaN, kNaN, 0, 1, 3, 0, 2, kNaN, 0, 0, 0, 0, 0, 0.25, 0.5, 0.25, 0, 0.5});
   // Empty and in place: transforms of nothing or into their input, a NaN spreading over a row
   // detrended in place, windows of no or negative length or a NaN beta.
-  coder::array<creal_T, 1> spec = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
-  coder::fft(spec, 8, out);
-  coder::fft(spec, 8, spec);
+  coder::array<creal_T, 1> ramp = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
+  coder::fft(ramp, 8, out);
+  coder::fft(ramp, 8, ramp);
   coder::fft(toColumn({1, 2}), 0, none);
   coder::hilbert(coder::array<double, 1>(), analytic);
   coder::array<double, 2> line = toRow(lcgSignal(3, 50));
@@ -689,7 +689,7 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
   coder::tukeywin(0, w);
   coder::hanning(-3, P);
   coder::kaiser(3, kNaN, F);
-  same(flatten(spec) +
+  same(flatten(ramp) +
            V{double(none.numel() + analytic.numel() + w.numel() + P.numel()), F[0],
              coder::internal::besselI0(-kInf), coder::internal::besselI0(0),
              coder::internal::besselI0(1)} +
