@@ -2,11 +2,13 @@
 // detrend, two integrations, analytic signal, scans) moves what it measures of a clean
 // machine, over the phase of the line and the turns the record holds: the rotor line's
 // frequency and amplitude, the velocity RMS, and the leakage of the first harmonic into the
-// second's window. These are properties of the method, not faults; docs/vibration-bias.md
-// holds the output of bench/run_vibration_bias.sh.
+// second's window; and how the rotor frequency read from the magnetic field moves with the
+// relative phase of its two rotor lines. These are properties of the method, not faults;
+// docs/vibration-bias.md holds the output of bench/run_vibration_bias.sh.
 #include "blocks/vibration/conditioning.h"
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
+#include "blocks/vibration/spectral_correction.h"
 #include "coder/hilbert.h"
 #include "synth/MachineSignals.h"
 
@@ -56,9 +58,37 @@ Measured measure(double turns, double phase) {
           100 * (h[1].amplitude * 9800 / want2 - 1)};
 }
 
+// The rotor frequency that the magnetic channel gives a motor of P pole pairs on 49.93 Hz with
+// a slip of 0.0271, its left rotor line turned by `phase` against the right one.
+double fieldRotorError(double P, double phase) {
+  synth::Machine m;
+  m.pole_pairs = P, m.supply = 49.93, m.slip = 0.0271, m.rotor_phase = phase;
+  const std::vector<double> field = synth::magneticField(m, 500, 4096);
+  coder::array<double, 2> x, mag;
+  x.set_size(1, 4096);
+  std::copy(field.begin(), field.end(), x.data());
+  vibration::dell_null_data(x, 4096, mag);
+  return vibration::cal_param_ad_par(P, 4096, mag, vibration::FrequencyMode::fixed,
+                                     vibration::FieldFilter::amp1)
+             .fr -
+         m.rotorFrequency();
+}
+
 } // namespace
 
 int main() {
+  std::printf(
+      "\n## Rotor frequency from the magnetic field (FRM), Hz, measured minus true, by pole "
+      "pairs (rows) and the relative phase of the two rotor lines (columns)\n\n"
+      "| P | 0 deg | 60 deg | 120 deg | 180 deg | 240 deg | 300 deg |\n"
+      "|---|---|---|---|---|---|---|\n");
+  for (double P = 1; P <= 4; ++P) {
+    std::printf("| %.0f |", P);
+    for (double d = 0; d < 360; d += 60) {
+      std::printf(" %+.3f |", fieldRotorError(P, d * kPi / 180));
+    }
+    std::printf("\n");
+  }
   const double turns[] = {7.3, 7.5, 15.0, 15.25, 15.5, 30.0, 30.4};
   const double degrees[] = {0, 45, 90, 135};
   const char* titles[] = {"rotor line frequency, Hz", "rotor line amplitude, %",

@@ -1,8 +1,10 @@
 // The stages of the vibration blocks: the sensor chips' counts to g with the repair of lost
 // samples (hand-worked), and the statistics of a tone against its physics.
 #include "blocks/vibration/conditioning.h"
+#include "blocks/vibration/fir_sets.h"
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
+#include "blocks/vibration/spectral_correction.h"
 #include "coder/hilbert.h"
 #include "synth/MachineSignals.h"
 
@@ -211,8 +213,6 @@ TEST(Conditioning, DecimationAveragesEightSamplesAndDropsTheTail) {
   EXPECT_EQ(z[1].im, -23.0);
 }
 
-namespace rotor {
-
 using coder::array;
 constexpr double kRate = 26667, kFullScale = 16;
 constexpr int kSamples = 16384;
@@ -348,6 +348,109 @@ TEST(Bearing, TheFaultLinesOfAnOuterRaceDefectInBothModes) {
   EXPECT_LT(envelope.bpfi, 0.2 * envelope.bpfo);
 }
 
-} // namespace rotor
-
 } // namespace
+
+// The gain of a set at f Hz (500 Hz sampling).
+double gain(const std::vector<double>& h, double f) {
+  std::complex<double> sum = 0;
+  for (size_t k = 0; k < h.size(); ++k)
+    sum += h[k] * std::exp(-2i * kPi * f * double(k) / 500.0);
+  return std::abs(sum);
+}
+
+TEST(FirSets, HalfGainAtTheListedEdgesFlatPassBandsDeepStopBands) {
+  // {set, taps, 0 band-pass / 1 band-stop / 2 low-pass, edges}
+  struct Set {
+    vibration::FirSet set;
+    size_t taps;
+    int kind;
+    double lo, hi;
+  };
+  using F = vibration::FirSet;
+  const Set sets[] = {{F::filter, 301, 0, 47, 53.25},     {F::b_filter, 501, 0, 19.25, 27},
+                      {F::c_filter, 501, 0, 115, 122.25}, {F::d_filter, 501, 0, 12.25, 18},
+                      {F::e_filter, 501, 0, 43.25, 49},   {F::f_filter, 501, 0, 16, 21.25},
+                      {F::g_filter, 501, 0, 40.25, 44},   {F::h_filter, 301, 1, 5.5, 96.5},
+                      {F::i_filter, 301, 1, 32.5, 67.75}, {F::j_filter, 301, 1, 34.75, 65.75},
+                      {F::k_filter, 301, 1, 42.5, 57.75}, {F::third_1, 301, 2, 104.5, 250},
+                      {F::third_2, 301, 0, 21.5, 78.5},   {F::third_3, 301, 0, 28.75, 71.5},
+                      {F::third_4, 301, 0, 35.25, 65}};
+  for (const Set& s : sets) {
+    SCOPED_TRACE(testing::Message() << "set " << int(s.set) << ", " << s.lo << " to " << s.hi);
+    const std::vector<double>& h = vibration::firSet(s.set);
+    ASSERT_EQ(h.size(), s.taps);
+    EXPECT_TRUE(std::equal(h.begin(), h.end(), h.rbegin())); // linear phase
+    EXPECT_NEAR(gain(h, s.lo), 0.5, 0.01);
+    EXPECT_NEAR(gain(h, s.hi), s.kind == 2 ? 0.0 : 0.5, 0.01);
+    // away from the edges by 2.5 Hz: pass band within 1 %, stop band 45 dB down
+    for (double f = 0; f <= 250; f += 0.25) {
+      if (std::fabs(f - s.lo) < 2.5 || std::fabs(f - s.hi) < 2.5)
+        continue;
+      const bool inside = f > s.lo && f < s.hi;
+      if (s.kind == 2 ? f < s.lo : inside == (s.kind == 0))
+        EXPECT_NEAR(gain(h, f), 1.0, 0.01) << f << " Hz";
+      else
+        EXPECT_LT(gain(h, f), 0.0057) << f << " Hz";
+    }
+  }
+}
+
+// The magnetic channel as the module sends it: 4096 samples at 500 Hz of lines {Hz, counts}
+// around a mid-scale of 2048, repaired as the block repairs it.
+array<double, 2> field(std::initializer_list<std::pair<double, double>> lines) {
+  array<double, 2> x, mag;
+  x.set_size(1, 4096);
+  for (int k = 0; k < 4096; ++k) {
+    x[k] = 2048;
+    for (const auto& [f, a] : lines)
+      x[k] += a * std::cos(2 * kPi * f * k / 500);
+  }
+  vibration::dell_null_data(x, 4096, mag);
+  return mag;
+}
+
+// The supply is read on a 0.002 Hz grid. The rotor frequency of one pole pair comes from one
+// line on that grid; with more pole pairs the two lines' relative phase moves it by up to
+// about 0.05 Hz (docs/vibration-bias.md).
+constexpr double kSupplyTol = 0.001 + 1e-9, kOneLineTol = 0.004, kTwoLineTol = 0.06;
+
+TEST(SpectralCorrection, SupplyAndSlipOfAMotorForEveryPolePairCountAndBothModes) {
+  for (double P = 1; P <= 4; ++P) {
+    for (const double supply : {49.9313, 47.3071}) {
+      synth::Machine m;
+      m.pole_pairs = P, m.supply = supply, m.slip = 0.0271, m.rotor_phase = 1;
+      SCOPED_TRACE(testing::Message() << "P " << P << ", supply " << supply);
+      const std::vector<double> samples = synth::magneticField(m, 500, 4096);
+      array<double, 2> mag;
+      vibration::dell_null_data(row(samples), 4096, mag);
+      const vibration::SupplyAndSlip r = vibration::cal_param_ad_par(
+          P, 4096, mag,
+          supply == 47.3071 ? vibration::FrequencyMode::control : vibration::FrequencyMode::fixed,
+          vibration::FieldFilter::amp1);
+      EXPECT_NEAR(r.F, supply, kSupplyTol);
+      EXPECT_NEAR(r.fr, m.rotorFrequency(), P == 1 ? kOneLineTol : kTwoLineTol);
+      EXPECT_NEAR(r.speed, r.fr * 60, 1e-9);
+      EXPECT_EQ(r.error, 0.0);
+    }
+  }
+  // a motor of five pole pairs is not served
+  const vibration::SupplyAndSlip five =
+      vibration::cal_param_ad(50, 5, 4096, field({{50, 3000}}).data());
+  EXPECT_EQ(text(row({five.F, five.fr, five.s})), text(row({0, 0, 0})));
+}
+
+TEST(SpectralCorrection, AWeakOrCrowdedFieldIsAnError) {
+  // {supply line, second line at 49.8 Hz, line far out of the scan at 150 Hz, filter mode,
+  // error}: amp1 wants a peak-to-peak above 500 counts, and a supply line 55 dB over the
+  // field's RMS or 3 dB over the next line; amp2 only 35 dB over the RMS
+  const double cases[][5] = {{240, 0, 0, 1, 1},    {260, 0, 0, 1, 0},    {100, 90, 600, 1, 1},
+                             {100, 50, 600, 1, 0}, {100, 90, 300, 1, 0}, {100, 0, 6000, 2, 1},
+                             {100, 0, 4000, 2, 0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c[0] << ", " << c[1] << ", " << c[2] << ", amp" << c[3]);
+    const vibration::SupplyAndSlip r = vibration::cal_param_ad_par(
+        2, 4096, field({{50.2, c[0]}, {49.8, c[1]}, {150, c[2]}}), vibration::FrequencyMode::fixed,
+        c[3] == 1 ? vibration::FieldFilter::amp1 : vibration::FieldFilter::amp2);
+    EXPECT_EQ(r.error, c[4]);
+  }
+}
