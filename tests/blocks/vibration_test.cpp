@@ -5,6 +5,8 @@
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
 #include "blocks/vibration/spectral_correction.h"
+#include "blocks/vibro_tk701_2_ve/vibro_tk701_2_ve.h"
+#include "blocks/vibro_tk701_3_ve/vibro_tk701_3_ve.h"
 #include "coder/hilbert.h"
 #include "synth/MachineSignals.h"
 
@@ -348,8 +350,6 @@ TEST(Bearing, TheFaultLinesOfAnOuterRaceDefectInBothModes) {
   EXPECT_LT(envelope.bpfi, 0.2 * envelope.bpfo);
 }
 
-} // namespace
-
 // The gain of a set at f Hz (500 Hz sampling).
 double gain(const std::vector<double>& h, double f) {
   std::complex<double> sum = 0;
@@ -454,3 +454,125 @@ TEST(SpectralCorrection, AWeakOrCrowdedFieldIsAnError) {
     EXPECT_EQ(r.error, c[4]);
   }
 }
+
+// A row of module type 10 from the axes of machine `vib` and the field of machine `mag`:
+// 16384 samples at 26667 Hz, 4096 field samples at 500 Hz, 16 g full scale.
+vibration::FirstGenerationOutput block(const synth::Machine& vib, const synth::Machine& mag,
+                                       unsigned word) {
+  array<double, 2> axes[3], none;
+  for (int a = 0; a < 3; ++a)
+    axes[a] = row(synth::accelerometerCounts(synth::acceleration(vib, a, kRate, kSamples), 16));
+  vibration::FirstGenerationOutput out;
+  vibro_tk701_3_ve_ns::vibro_tk701_3_ve(row(synth::magneticField(mag, 500, 4096)), none, none,
+                                        axes[0], axes[1], axes[2], kSamples, kRate, 4096, 500, 55,
+                                        vib.pole_pairs, vib.bearing, 16, word, out);
+  return out;
+}
+double rss(const vibration::FirstGenerationOutput& o) {
+  return std::hypot(o.table[0].vel[7], o.table[1].vel[7], o.table[2].vel[7]);
+}
+
+TEST(VibrationBlock, AHealthyMotorOfEachPolePairCount) {
+  for (double P = 1; P <= 4; ++P) {
+    synth::Machine m;
+    m.pole_pairs = P, m.supply = 49.9313, m.slip = 0.0312, m.noise = 0.001, m.rotor_phase = 1;
+    m.harmonics[0] = 0.3 / P; // a few mm/s at every speed
+    m.bearing = {52.5, 7.94, 0.2618, 9};
+    SCOPED_TRACE(testing::Message() << "P " << P);
+    const vibration::FirstGenerationOutput o = block(m, m, 0);
+    const double fr = m.rotorFrequency();
+    EXPECT_NEAR(o.FREAL, m.supply, kSupplyTol);
+    // the axes agree among themselves better than with the field here, so theirs is the speed
+    EXPECT_NEAR(o.FRM, fr, kChainFrequencyTol);
+    EXPECT_NEAR(o.SAD, m.slip, kChainFrequencyTol * P / m.supply);
+    EXPECT_NEAR(o.SPEED, o.FRM * 60, 1e-9);
+    for (int a = 0; a < 3; ++a) {
+      const double want = m.harmonics[0] * synth::kAxisGain[a] * 9800 / (2 * kPi * fr);
+      EXPECT_NEAR(o.imbalance[a], want, want * kChainAmplitudeTol) << "axis " << a;
+      EXPECT_NEAR(o.harmonics[a][0], want, want * kChainAmplitudeTol) << "axis " << a;
+    }
+    EXPECT_TRUE(std::isfinite(o.bearing[0]) && std::isnan(o.bearing[4]));
+    EXPECT_EQ(o.status_2 & 0x700u, 0u);
+  }
+}
+
+TEST(VibrationBlock, DecisionRulesOnEitherSideOfTheirLimits) {
+  synth::Machine m;
+  m.supply = 49.9313, m.slip = 0.0312, m.noise = 0.001, m.rotor_phase = 1;
+  // stopped below 1.2 mm/s over the three axes: the speed is 0
+  for (const double target : {1.19, 1.21}) {
+    synth::Machine quiet = m;
+    quiet.harmonics[0] = 0.05 * target / rss(block(m, m, 0x80000000u));
+    const vibration::FirstGenerationOutput o = block(quiet, quiet, 0);
+    SCOPED_TRACE(testing::Message() << "rss " << rss(o));
+    EXPECT_EQ(o.FRM == 0, rss(o) < 1.2);
+    EXPECT_EQ(std::isnan(o.imbalance[0]), rss(o) < 1.2);
+  }
+  // the field says 3 % of slip, the axes 1 %: flagged, and the agreeing axes give the speed
+  synth::Machine other = m;
+  other.slip = 0.0112;
+  vibration::FirstGenerationOutput o = block(other, m, 0);
+  EXPECT_EQ(o.status_2 & 0x700u, 0x200u);
+  EXPECT_NEAR(o.FRM, other.rotorFrequency(), kChainFrequencyTol);
+  // a field of under 500 counts peak to peak is no field: the speed is 0
+  synth::Machine weak = m;
+  weak.field = 200, weak.field_rotor = 4;
+  o = block(m, weak, 0);
+  EXPECT_EQ(text(row({double(o.status_2 & 0x700u), o.FREAL, o.FRM, o.SAD, o.SPEED})),
+            text(row({0x400, 0, 0, 0, 0})));
+  // the option word: no rotor analysis; a journal bearing's oil whirl in place of its lines
+  o = block(m, m, 0x80000000u);
+  EXPECT_TRUE(std::isnan(o.FRM) && std::isnan(o.FREAL) && std::isnan(o.bearing[0]) &&
+              std::isfinite(o.table[2].vel[7]) && o.status_2 == 0);
+  o = block(m, m, 0x10u);
+  EXPECT_TRUE(std::isnan(o.bearing[0]) && std::isfinite(o.bearing[4]));
+}
+
+TEST(VibrationBlock, AxesThatDisagreeWithEachOtherAndTheFieldLeaveNoSpeed) {
+  // X and Y at a slip of 1 %, Z 1.6 % faster, the field at 6 %: both flags; with the two
+  // lowest axes taken (0x2000) X and Y agree, only the field disagrees, and X and Y give the
+  // speed
+  synth::Machine m, z;
+  m.supply = z.supply = 49.9313, m.slip = 0.06, m.noise = z.noise = 0.001;
+  z.slip = -0.005;
+  array<double, 2> axes[3], none;
+  for (const unsigned word : {0u, 0x2000u}) {
+    synth::Machine xy = m;
+    xy.slip = 0.0112;
+    for (int a = 0; a < 3; ++a)
+      axes[a] = row(
+          synth::accelerometerCounts(synth::acceleration(a == 2 ? z : xy, a, kRate, kSamples), 16));
+    vibration::FirstGenerationOutput o;
+    vibro_tk701_3_ve_ns::vibro_tk701_3_ve(row(synth::magneticField(m, 500, 4096)), none, none,
+                                          axes[0], axes[1], axes[2], kSamples, kRate, 4096, 500, 55,
+                                          2, m.bearing, 16, word, o);
+    SCOPED_TRACE(testing::Message() << "word " << word);
+    EXPECT_EQ(o.status_2 & 0x700u, word == 0 ? 0x300u : 0x200u);
+    EXPECT_EQ(std::isnan(o.FRM), word == 0);
+    EXPECT_TRUE(word == 0 || std::fabs(o.FRM - xy.rotorFrequency()) < kChainFrequencyTol);
+  }
+}
+
+TEST(VibrationBlock, LIS344ModulesCountTheirRunsOfLostSamplesInTheStatus) {
+  synth::Machine m;
+  m.supply = 49.9313, m.slip = 0.0312, m.noise = 0.001;
+  m.harmonics[0] = 0.3;
+  array<double, 2> axes[3], field = row(synth::magneticField(m, 500, 4096));
+  for (int a = 0; a < 3; ++a) {
+    std::vector<double> counts =
+        synth::accelerometerCounts(synth::acceleration(m, a, 2000, 4096), 2);
+    if (a == 1)
+      std::fill(counts.begin() + 100, counts.begin() + 140, 0.0); // 40 lost: 9 runs of 32
+    axes[a] = row(counts);
+  }
+  const double ku[3] = {1, 1, 1}, g_del[3] = {1, 1, 1};
+  vibration::FirstGenerationOutput o;
+  vibro_tk701_2_ve_ns::vibro_tk701_2_ve(field, axes[0], axes[1], axes[2], 4096, 4096, ku, 55, 2,
+                                        g_del, m.bearing, 0, o);
+  EXPECT_EQ(o.status_1, 1u);
+  EXPECT_EQ(o.status_2 & 0x7u, 0x2u);
+  EXPECT_NEAR(o.FRM, m.rotorFrequency(), kTwoLineTol);
+  EXPECT_TRUE(std::isnan(o.table[0].acc[7])); // no acceleration bands in this form
+}
+
+} // namespace
