@@ -40,6 +40,9 @@ class DataBearing;
 class DataCache;
 class DataMotor;
 class Module;
+namespace vibration {
+struct AxisStatistics;
+}
 class PrintLog;
 
 class DataParsing {
@@ -254,6 +257,13 @@ private:
   // Modules 103 to 105 with type_param 200 or 201: each named piece's first value under its
   // name, U_BATTERY clamped to 0..100.
   void namedValues(calc_result& result);
+  // The statistics tables of a vibration block as parameters: ACC_, VEL_ and DSP_ rows of
+  // each axis, suffixed _X, _Y, _Z for three axes, _X, _Y for two, nothing for one.
+  void parsing_TimeSignalData(const vibration::AxisStatistics* table, int axes);
+  // The case temperature of a vibration module's T_CASE row: the first value of the
+  // temperature piece when an active T_CASE is shown at this place; below -100 degrees the
+  // sensor failure. Always gives a result.
+  bool caseTemperature();
   // Whether the multichannel module of type 6 has a piece for the current point.
   bool rawMatchesPoint() const;
   // The recommendation passed with a message of type_message: the first of `candidates` that

@@ -21,9 +21,6 @@ bool DataParsing::computeModule6_single(DataMotor*, DataBearing*) {
 bool DataParsing::computeModule7(DataMotor*, DataBearing*) {
   return false;
 }
-bool DataParsing::computeModule10(DataMotor*, DataBearing*) {
-  return false;
-}
 bool DataParsing::computeModule101(DataMotor*, DataBearing*) {
   return false;
 }
