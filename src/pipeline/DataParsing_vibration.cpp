@@ -1,12 +1,16 @@
-// The vibration modules with a magnetic channel (type 10): from the row's sample pieces to the
-// statistics, speed, bearing and harmonic parameters of one result, through the block
-// vibro_tk701_3_ve; and the case temperature the same modules send in a row of its own.
+// The vibration modules with a magnetic channel: type 10 through the block vibro_tk701_3_ve,
+// types 1 and 9 through vibro_tk701_2_ve. From the row's sample pieces to the statistics,
+// speed, bearing and harmonic parameters of one result; and the temperatures the same modules
+// send in rows of their own.
 #include "pipeline/DataParsing.h"
 
-#include <cctype>
+#include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
 #include <string>
 
+#include "blocks/vibro_tk701_2_ve/vibro_tk701_2_ve.h"
 #include "blocks/vibro_tk701_3_ve/vibro_tk701_3_ve.h"
 #include "equipment/DataBearing.h"
 #include "equipment/DataMotor.h"
@@ -25,6 +29,11 @@ constexpr int kJournalBearing = 3;
 constexpr unsigned kJournalBit = 0x10u;
 // Below this a case temperature sensor has failed, degrees.
 constexpr double kColdestCase = -100.0;
+// The converter's mark of a temperature sensor that does not answer; other readings are
+// tenths of a degree.
+constexpr double kNoSensorMark = -32767.0;
+// The LIS344 gains a module must have: below these, none was given.
+constexpr double kLeastKu = 1e-07, kLeastGain = 1.0;
 // Disagreement of the speeds alone (axes, field, or both) does not fail a calculation.
 bool onlyDisagreement(unsigned status) {
   return status == 0x100u || status == 0x200u || status == 0x300u;
@@ -43,6 +52,37 @@ coder::array<double, 2> samples(const raw* piece, int n) {
     row[k] = piece != nullptr && k < int(piece->values.size()) ? piece->values[size_t(k)] : 0.0;
   }
   return row;
+}
+
+// The sample pieces of a row by the block's axes, through the axis maps of the point's
+// channel, and the sample counts: the last piece of each kind sets its count.
+struct Pieces {
+  const raw* vibro[3] = {nullptr, nullptr, nullptr};
+  const raw* magnet[3] = {nullptr, nullptr, nullptr};
+  int Lv = 0, Lm = 0;
+};
+Pieces gather(const std::vector<raw>& raws, std::map<std::string, std::string>& first,
+              std::map<std::string, std::string>& second) {
+  static const char* const kAxes[] = {"x", "y", "z"};
+  Pieces p;
+  for (const raw& piece : raws) {
+    if (!isAxis(piece.sub_channel) || (piece.param_type_id != 1 && piece.param_type_id != 2)) {
+      continue;
+    }
+    const bool is_vibro = piece.param_type_id == 2;
+    (is_vibro ? p.Lv : p.Lm) = int(piece.values.size());
+    for (int a = 0; a < 3; ++a) {
+      if (piece.sub_channel == (is_vibro ? first : second)[kAxes[a]]) {
+        (is_vibro ? p.vibro : p.magnet)[a] = &piece;
+      }
+    }
+  }
+  return p;
+}
+
+// A module-type default applies to a measurement of its own kind or to every kind.
+bool applies(const module_param& p, int type_param) {
+  return p.type_param == 0 || p.type_param == type_param;
 }
 
 } // namespace
@@ -100,8 +140,8 @@ bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
   if (type_param == 10) {
     return caseTemperature();
   }
-  // The rates from the pieces' own settings, then from the module type's defaults, where a
-  // default of this measurement kind or of every kind applies and the last one counts.
+  // The rates from the pieces' own settings, then from the module type's defaults, where the
+  // last default that applies counts.
   double fv = 0.0, fm = 0.0, FS = 0.0;
   for (const raw& piece : raws) {
     const auto setting = [&piece](const char* name, double& into) {
@@ -117,16 +157,16 @@ bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
       setting("fd", fm);
     }
   }
-  const double found[3] = {fv, fm, FS};
+  const double given[3] = {fv, fm, FS};
   for (const module_param& p : module_params) {
-    if (p.type_param != 0 && p.type_param != type_param) {
+    if (!applies(p, type_param)) {
       continue;
     }
-    if (found[0] == 0.0 && p.name == "fd" && p.sub_1_packet == "vibro") {
+    if (given[0] == 0.0 && p.name == "fd" && p.sub_1_packet == "vibro") {
       fv = static_cast<double>(p.value);
-    } else if (found[1] == 0.0 && p.name == "fd" && p.sub_1_packet == "magnet") {
+    } else if (given[1] == 0.0 && p.name == "fd" && p.sub_1_packet == "magnet") {
       fm = static_cast<double>(p.value);
-    } else if (found[2] == 0.0 && p.name == "FS") {
+    } else if (given[2] == 0.0 && p.name == "FS") {
       FS = static_cast<double>(p.value);
     }
   }
@@ -140,46 +180,134 @@ bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
                " : " + std::to_string(fm) + "\n");
     return false;
   }
+  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
+  coder::array<double, 2> vx = samples(p.vibro[0], p.Lv), vy = samples(p.vibro[1], p.Lv),
+                          vz = samples(p.vibro[2], p.Lv), mx = samples(p.magnet[0], p.Lm),
+                          my = samples(p.magnet[1], p.Lm), mz = samples(p.magnet[2], p.Lm);
+  return runFirstGeneration(bearing, p.Lv, p.Lm,
+                            [&](unsigned word, const vibration::BearingGeometry& geometry,
+                                vibration::FirstGenerationOutput& out) {
+                              vibro_tk701_3_ve_ns::vibro_tk701_3_ve(
+                                  mx, my, mz, vx, vy, vz, p.Lv, fv, p.Lm, fm, double(motor->power),
+                                  double(motor->p2), geometry, FS, word, out);
+                            });
+}
+
+bool DataParsing::computeModule1(DataMotor* motor, DataBearing* bearing) {
+  if (type_param == 6) {
+    return caseTemperature();
+  }
+  if (type_param == 7) {
+    return windingAndBearingTemperatures();
+  }
+  if (type_param != 8) {
+    return false;
+  }
+  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
+  // The LIS344 gains of each axis: from the axis's own piece, then from the measurement's
+  // settings (ku_vx, g_del_x, ...), then from the module type's defaults of the same names.
+  static const char* const kLetters[] = {"x", "y", "z"};
+  double ku[3] = {kLeastKu, kLeastKu, kLeastKu}, g_del[3] = {kLeastGain, kLeastGain, kLeastGain};
+  bool given_ku[3] = {false, false, false}, given_g[3] = {false, false, false};
+  for (int a = 0; a < 3; ++a) {
+    if (p.vibro[a] == nullptr) {
+      continue;
+    }
+    const auto& settings = p.vibro[a]->settings_values;
+    if (settings.count("ku") != 0) {
+      ku[a] = settings.at("ku"), given_ku[a] = true;
+    }
+    if (settings.count("g_del") != 0) {
+      g_del[a] = settings.at("g_del"), given_g[a] = true;
+    }
+  }
+  const auto fallback = [&](const std::string& name, double value) {
+    for (int a = 0; a < 3; ++a) {
+      if (!given_ku[a] && name == std::string("ku_v") + kLetters[a]) {
+        ku[a] = value;
+      }
+      if (!given_g[a] && name == std::string("g_del_") + kLetters[a]) {
+        g_del[a] = value;
+      }
+    }
+  };
+  for (const param_setting& s : param.settings) {
+    fallback(s.name, s.value);
+  }
+  for (int a = 0; a < 3; ++a) {
+    given_ku[a] = given_ku[a] || ku[a] != kLeastKu;
+    given_g[a] = given_g[a] || g_del[a] != kLeastGain;
+  }
+  for (const module_param& m : module_params) {
+    if (applies(m, type_param)) {
+      fallback(m.name, static_cast<double>(m.value));
+    }
+  }
+  if (ku[0] < kLeastKu || g_del[0] < kLeastGain) {
+    log->print("no data  ku_vx  or  g_del_x  in param_info.param_settings or param_module\n");
+    return false;
+  }
+  coder::array<double, 2> vx = samples(p.vibro[0], p.Lv), vy = samples(p.vibro[1], p.Lv),
+                          vz = samples(p.vibro[2], p.Lv), mx = samples(p.magnet[0], p.Lm);
+  return runFirstGeneration(bearing, p.Lv, p.Lm,
+                            [&](unsigned word, const vibration::BearingGeometry& geometry,
+                                vibration::FirstGenerationOutput& out) {
+                              vibro_tk701_2_ve_ns::vibro_tk701_2_ve(
+                                  mx, vx, vy, vz, p.Lv, p.Lm, ku, double(motor->power),
+                                  double(motor->p2), g_del, geometry, word, out);
+                            });
+}
+
+bool DataParsing::windingAndBearingTemperatures() {
+  static const char* const kNames[] = {
+      "T1_BEARING",      "T2_BEARING",         "T_A_STATOR_CORE",    "T_B_STATOR_CORE",
+      "T_C_STATOR_CORE", "T_A_STATOR_WINDING", "T_B_STATOR_WINDING", "T_C_STATOR_WINDING"};
+  const int base = kindStatusBase();
+  calc_result result = newResult(base);
+  const auto piece =
+      std::find_if(raws.begin(), raws.end(), [](const raw& r) { return r.param_type_id == 4; });
+  for (size_t k = 0; piece != raws.end() && k < piece->values.size() && k < 8; ++k) {
+    const bool shown =
+        std::any_of(visualizations.begin(), visualizations.end(), [&](const visualization& v) {
+          return v.name_param == kNames[k] && v.active == 1 && v.channel_id == result.channel_id &&
+                 v.control_point_id == result.control_point_id;
+        });
+    if (!shown) {
+      continue;
+    }
+    if (piece->values[k] == kNoSensorMark) {
+      sensorFailure(result, kNames[k], base, !channels.empty());
+    } else {
+      values[kNames[k]] = static_cast<float>(piece->values[k] / 10.0);
+    }
+  }
+  result.receipt_date = param.receipt_date;
+  finishResult(result);
+  results.back().has_raw_data = true;
+  return true;
+}
+
+bool DataParsing::runFirstGeneration(
+    DataBearing* bearing, int Lv, int Lm,
+    const std::function<void(unsigned, const vibration::BearingGeometry&,
+                             vibration::FirstGenerationOutput&)>& block) {
   unsigned word = module->config;
   const bool journal = bearing->type_bearing == kJournalBearing;
   if (journal) {
     word |= kJournalBit;
   }
-
-  // The pieces of each axis through the axis maps of the point's channel.
-  const raw* vibro[3] = {nullptr, nullptr, nullptr};
-  const raw* magnet[3] = {nullptr, nullptr, nullptr};
-  int Lv = 0, Lm = 0;
-  static const char* const kAxes[] = {"x", "y", "z"};
-  for (const raw& piece : raws) {
-    if (!isAxis(piece.sub_channel) || (piece.param_type_id != 1 && piece.param_type_id != 2)) {
-      continue;
-    }
-    const bool is_vibro = piece.param_type_id == 2;
-    (is_vibro ? Lv : Lm) = int(piece.values.size());
-    for (int a = 0; a < 3; ++a) {
-      if (piece.sub_channel == (is_vibro ? axes_xyz_first : axes_xyz_second)[kAxes[a]]) {
-        (is_vibro ? vibro : magnet)[a] = &piece;
-      }
-    }
-  }
-  coder::array<double, 2> vx = samples(vibro[0], Lv), vy = samples(vibro[1], Lv),
-                          vz = samples(vibro[2], Lv), mx = samples(magnet[0], Lm),
-                          my = samples(magnet[1], Lm), mz = samples(magnet[2], Lm);
   log->print("Lv: " + std::to_string(Lv) + ", Lm: " + std::to_string(Lm) + "\n");
   log->print("calculation");
-
   vibration::FirstGenerationOutput out;
   try {
-    const vibration::BearingGeometry geometry{bearing->mean_diameter, bearing->ball_diameter,
-                                              bearing->angle_rad, double(bearing->count_balls)};
-    vibro_tk701_3_ve_ns::vibro_tk701_3_ve(mx, my, mz, vx, vy, vz, Lv, fv, Lm, fm,
-                                          double(motor->power), double(motor->p2), geometry, FS,
-                                          word, out);
+    block(word,
+          {bearing->mean_diameter, bearing->ball_diameter, bearing->angle_rad,
+           double(bearing->count_balls)},
+          out);
     log->print("\n");
   } catch (const std::exception&) {
-    // The name of the older block stands in this message on purpose: the operators' log
-    // filters look for it.
+    // The name of the older block stands in this message for both module families on
+    // purpose: the operators' log filters look for it.
     log->print("\nexceptions in the method vibro_tk701_2_ve id=" + std::to_string(param.id) +
                " \n");
     return false;
