@@ -56,4 +56,39 @@ std::vector<double> accelerometerCounts(const std::vector<double>& g, double FS)
   return counts;
 }
 
+std::string moduleSamples(const std::vector<double>& counts) {
+  static const char* const kDigits = "0123456789abcdef";
+  std::string text = "0x";
+  for (double c : counts) {
+    const unsigned v = static_cast<unsigned>(static_cast<int>(c)) & 0xffffu;
+    for (const unsigned byte : {v & 0xffu, v >> 8}) {
+      text += kDigits[byte >> 4];
+      text += kDigits[byte & 0xfu];
+    }
+  }
+  return text;
+}
+
+std::string type10Row(const Machine& m, int id, long source, const std::string& date) {
+  const std::string row = std::to_string(id);
+  std::string sql = "INSERT INTO param_info (id, source, type_mod, type_param, receipt_date, kind) "
+                    "VALUES (" +
+                    row + ", " + std::to_string(source) + ", 10, 9, " + date +
+                    ", 0);\nINSERT INTO fu_raw (param_info_id, param_type_id, c_type, "
+                    "sub_channel, data, settings) VALUES\n";
+  static const char* const kAxes[] = {"x", "y", "z"};
+  for (int a = 0; a < 3; ++a) {
+    sql += "(" + row + ", 2, 2, '" + kAxes[a] + "', '" +
+           moduleSamples(accelerometerCounts(acceleration(m, a, 26667.0, 16384), 16.0)) +
+           "', '[{\"name_param\": \"fd\", \"value\": 26667}, {\"name_param\": \"FS\", "
+           "\"value\": 16}]'),\n";
+  }
+  std::vector<double> field = magneticField(m, 500.0, 4096);
+  for (double& v : field) {
+    v = std::round(v);
+  }
+  return sql + "(" + row + ", 1, 2, 'x', '" + moduleSamples(field) +
+         "', '[{\"name_param\": \"fd\", \"value\": 500}]');\n";
+}
+
 } // namespace synth

@@ -5,6 +5,7 @@
 
 #include "blocks/vibration/bearing.h"
 
+#include <string>
 #include <vector>
 
 namespace synth {
@@ -42,5 +43,14 @@ std::vector<double> magneticField(const Machine& m, double rate, int n);
 
 // Acceleration in g as IIS3DWBTR counts at the full scale FS (g), rounded, clipped to 16 bits.
 std::vector<double> accelerometerCounts(const std::vector<double>& g, double FS);
+
+// Counts as a module writes them into fu_raw.data: "0x", then each count as a signed 16-bit
+// value (format 2), least significant byte first.
+std::string moduleSamples(const std::vector<double>& counts);
+
+// The statements that store one measurement row of a type 10 module of `source` with id `id`,
+// dated `date` (an SQL expression): the three axes at 26667 Hz (16384 samples, 16 g full scale)
+// and the stray field at 500 Hz (4096 samples), with their rates in the pieces' settings.
+std::string type10Row(const Machine& m, int id, long source, const std::string& date);
 
 } // namespace synth
