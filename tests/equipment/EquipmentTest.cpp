@@ -1,8 +1,5 @@
-// The equipment objects read from real rows, each printed as its fields joined by "|" and compared
-// whole. Ids rise in insertion order, so rows come back in that order however the server joins.
-#include <algorithm>
-#include <sstream>
-
+// The equipment objects read from real rows, printed as fields joined by "|" and compared whole.
+// Ids rise in insertion order, so rows come back in that order however the server joins.
 #include "assessment/Status.h"
 #include "equipment/Aggregate.h"
 #include "equipment/DataBearing.h"
@@ -10,6 +7,8 @@
 #include "equipment/Module.h"
 #include "equipment/Visualization.h"
 #include "support/StoreTest.h"
+#include <algorithm>
+#include <sstream>
 
 // Lists, each item followed by ","; visualizations by their ids.
 template <typename T> std::ostream& operator<<(std::ostream& out, const std::vector<T>& items) {
@@ -119,11 +118,10 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
                         "MAX(calculated_at) = '2024-05-01 10:00') FROM status_aggregate"),
                  logText().substr(logText().rfind("aggregate: ") + 11));
   }
-  // Modules 0x8000001F and unknown; motors of power, speed and poles 2, 2, 1 and less; bearings:
-  // pi as 3.14159265, plain, 4 and 5 elements, no ball, no pitch; machines: the channel that made
-  // a shared point keeps it; no drive for valves and static equipment; a point without machine,
-  // at no node, no channel. Machines: points never assessed (34) or of a tiny status (35) are not
-  // reckoned; yellow at the point weighing most; orange from 2.5; yellow from 1.5; none reckoned.
+  // Modules known and not; motors of power, speed, poles 2, 2, 1 and less; bearings: pi 3.14159265,
+  // plain, 4 and 5 elements, no ball, no pitch; a shared point kept by its first channel; no drive
+  // for valves and static equipment; points of no machine, at no node, no channel. Machines: points
+  // never assessed (34) or tiny (35) left out; yellow at the heaviest; orange from 2.5, yellow 1.5.
   std::string expected = R"(7|1|2|2147483679|5|6|1|3|+3:00|plant|0|1|1||40 : 1 2 |
 0|0|0|2147483648|0|0|0|0|||0|0|0|data of module: 77 is incorrect |77 : 0 0 | 1|55|1480|98|380|4|2|1|
 7.9|9|1|25|52|15|0.2617993875|38.5|1| 2|1|1480|98|380|4|2|0| 0|0|3|0|0|0|0|0|1| 3|55|1|98|380|4|2|0|

@@ -2,7 +2,6 @@
 #include "records/settings_parsers.h"
 
 #include <gtest/gtest.h>
-
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -25,11 +24,10 @@ template <typename F> std::string read(F reader) {
   return out.str();
 }
 
-// The positional scanner of PARAM_SETTINGS: one blank after each colon (else the first character
-// is lost), the last key running to the end of its object, values correctly rounded by the C
-// library, a Cyrillic name as its bytes. Each case "text|name=value/sub_1_packet;..." or the kind
-// of exception.
-TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
+// PARAM_SETTINGS read by position: one blank after each colon (else the first character is lost),
+// the last key running to the end of its object, values correctly rounded by the C library, a
+// Cyrillic name as its bytes. "text|name=value/sub_1_packet;..." or the kind of exception.
+TEST(SettingsParsers, ReadWhatTheyCanAndReportWhatTheyCannot) {
   std::istringstream table(R"([|
 [{"name_param": "ku_vx", "value": 1.5},{"name_param": "с", "value": null}]|ku_vx=1.5/;с=0/;
 [{"name_param": "f", "sub_1_packet": "A", "value": -2.5e-3}]|f=-0.0025000000000000001/A;
@@ -56,14 +54,9 @@ TEST(ParseParamSettings, ThrowsWhereTheLayoutIsBroken) {
     }
     EXPECT_EQ(out.str(), c.substr(c.find('|') + 1)) << c;
   }
-}
-
-// The JSON readers: raw settings by the digit-by-digit rule (3 * 0.1 lands one bit above 0.3),
-// valid JSON of another shape empty without a word; message codes and the service settings by
-// type. A number beyond int or long is skipped, as a single setting like null, so the earlier
-// value stays; digit by digit 9223372036854775808 lands above 2^63. A text that is not a JSON
-// object leaves the service settings untouched.
-TEST(JsonSettings, ReadersSkipWhatTheyCannotHoldAndReportUnreadableText) {
+  // Raw settings digit by digit (3 * 0.1 lands one bit above 0.3), JSON of another shape empty
+  // without a word; a number beyond int or long skipped, a single setting keeping its value
+  // (9223372036854775808 lands above 2^63); no JSON object, service settings unchanged.
   std::string got;
   for (const char* text :
        {R"([{"name_param": "k_gain", "value": 0.3, "unit": "g"}, {"value": 2},)"
@@ -109,8 +102,8 @@ TEST(JsonSettings, ReadersSkipWhatTheyCannotHoldAndReportUnreadableText) {
             "kafka_enable=0;log=1;");
 }
 
-// Readers leave fields alone where a column is NULL, so the defaults are what they keep; the
-// store always sets the module's keys, but a record made elsewhere holds no indeterminate one.
+// Readers leave a field alone where its column is NULL, so the defaults are what they keep; a
+// module record made elsewhere holds no indeterminate key.
 TEST(SharedRecords, ModuleDataStartsAtZero) {
   const result_param p;
   const std::unique_ptr<module_data> m(new module_data); // default-initialized, not zeroed

@@ -2,22 +2,18 @@
 #include "records/json/JSON.h"
 
 #include <gtest/gtest.h>
-
-#include <clocale>
 #include <sstream>
 
-// Numbers are read as settings always were: integer digits as v * 10 + d, decimals as the sum
-// of d * 0.1, d * 0.01, ... (each factor the previous one times 0.1), then one multiplication or
-// division by ten per unit of the exponent, stopping once the value is settled, and the sign
-// last; several differ in the last bit from a correctly rounded conversion. "text=bits" each.
-// Documents print back compact, members in key order, the later of a repeated key wins; the
-// texts after them are refused.
-TEST(JSONParse, NumbersAndDocumentsReadBackAndMalformedTextsFail) {
+// Numbers as settings were always read ("text=bits"): integer digits as v * 10 + d, decimals as
+// d * 0.1 + d * 0.01 + ... (each factor the previous times 0.1), one multiplication or division by
+// ten per exponent unit until the value settles, the sign last. Documents print back compact,
+// keys in order, the later of a repeated key winning; the texts after them are refused.
+TEST(JSON, ReadsSettingsAsTheyWereAlwaysReadAndPrintsThemBack) {
   std::wistringstream table(LR"(-0.3=-0x1.3333333333334p-2 -0=-0x0p+0 0.3e1=0x1.8000000000001p+1
-2.675=0x1.5666666666667p+1 0.123456789=0x1.f9add3739636p-4 1e05=0x1.86ap+16 25e-1=0x1.4p+1
-12345678901234567890=0x1.56a95319d63e2p+63 1.5E+2=0x1.2cp+7 1e-6=0x1.0c6f7a0b5ed8ep-20
-1.7e308=0x1.e42d130773b6dp+1023 1e309=inf 1e-324=0x0p+0 1e-323=0x0.0000000000002p-1022
--2e99999999999999999999=-inf 2e-99999999999999999999=0x0p+0 0e99999999999999999999=0x0p+0)");
+2.675=0x1.5666666666667p+1 0.123456789=0x1.f9add3739636p-4 1e05=0x1.86ap+16 25e-1=0x1.4p+1 1e309=inf
+12345678901234567890=0x1.56a95319d63e2p+63 1.5E+2=0x1.2cp+7 1e-6=0x1.0c6f7a0b5ed8ep-20 1e-324=0x0p+0
+1.7e308=0x1.e42d130773b6dp+1023 1e-323=0x0.0000000000002p-1022 -2e99999999999999999999=-inf
+2e-99999999999999999999=0x0p+0 0e99999999999999999999=0x0p+0)");
   for (std::wstring c; table >> c;) {
     const auto parsed = JSON::Parse(c.substr(0, c.find(L'=')).c_str());
     std::wostringstream bits;
@@ -28,8 +24,8 @@ TEST(JSONParse, NumbersAndDocumentsReadBackAndMalformedTextsFail) {
 { "b" : [ 1 , "x y" , [ ] , { } ] , "a":{"k":null}, "c": -2 }|{"a":{"k":null},"b":[1,"x y",[],{}],"c":-2}
 {"k": 1, "k": [2]}|{"k":[2]}
 "a\"b\\c\/d\b\f\n\r\t\u00e9\u041F\uD83D\uDE00\uABcd\u007f\u0001"|"a\"b\\c\/d\b\f\n\r\t\u00E9\u041F\uD83D\uDE00\uABCD\u007F\u0001"
-[0.30000000000000004, 150, -0, 0.3333333333333333, 1234567890123456, 0.00001, 1e999, -1e999]|[0.3,150,-0,0.333333333333333,1.23456789012346e+15,1e-05,null,null]
-[123456789012345, 0.0001]|[123456789012345,0.0001])");
+[0.30000000000000004, 150, -0, 0.3333333333333333, 123456789012345, 1234567890123456]|[0.3,150,-0,0.333333333333333,123456789012345,1.23456789012346e+15]
+[0.0001, 0.00001, 1e999, -1e999]|[0.0001,1e-05,null,null])");
   for (std::wstring c; std::getline(documents, c);) {
     EXPECT_EQ(JSON::Stringify(JSON::Parse(c.substr(0, c.find(L'|')).c_str()).get()),
               c.substr(c.find(L'|') + 1));
@@ -57,17 +53,10 @@ TEST(JSONParse, NumbersAndDocumentsReadBackAndMalformedTextsFail) {
   EXPECT_EQ(std::vector<bool>({read(512, L""), read(510, L"{\"k\":[]}"), read(513, L""),
                                read(511, L"{\"k\":[]}"), read(1000000, L"")}),
             std::vector<bool>({true, true, false, false, false}));
-  // Narrow text converts under the C locale, where only ASCII does.
-  ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
-  EXPECT_EQ(JSON::Stringify(JSON::Parse("{\"a\": [1.5, \"x\"]}").get()), L"{\"a\":[1.5,\"x\"]}");
-  EXPECT_FALSE(JSON::Parse("1 2") || JSON::Parse("\"\xd0\x9f\"") ||
-               JSON::Parse(static_cast<const char*>(nullptr)) ||
+  EXPECT_FALSE(JSON::Parse(static_cast<const char*>(nullptr)) ||
                JSON::Parse(static_cast<const wchar_t*>(nullptr)));
-}
-
-// Each value: type|string|bool|number|elements|members|children|has child 0 and "12"|child 0
-// and "12"|keys. Copies and moves keep the whole tree, and the pretty layout reads back.
-TEST(JSONValue, AccessorsOfAnotherTypeReadAsEmptyAndCopiesAreDeep) {
+  // Each value: type|string|bool|number|elements|members|children|has child 0, "12"|child 0,
+  // "12"|keys. Copies and moves keep the whole tree; the pretty layout reads back.
   std::wostringstream out;
   for (const JSONValue& v :
        {JSONValue(), JSONValue(static_cast<const wchar_t*>(nullptr)), JSONValue(L"12"),
