@@ -1,11 +1,9 @@
-// The colours of a control point's parameters and their reduction to the point's status.
 #include "assessment/Status.h"
 #include "assessment/DataCache.h"
 
 #include <gtest/gtest.h>
 #include <sstream>
 
-// A parameter of point 11 whose smoothed value is half the raw one; a point judges the smoothed.
 static visualization parameter(const std::string& name, float g, float y, float o, float kz,
                                double value, int active = 1, int corridor = 1, int zero = 0,
                                int type = 1) {
@@ -19,7 +17,8 @@ static visualization parameter(const std::string& name, float g, float y, float 
 // weightless parameters leave the mean; nothing assessed is good; a weighted 0.01 does not count;
 // no rows, no status; yellow at orange: larger is better; a centre makes a corridor; type 2
 // without a centre admits only 0; a name's first row wins; without a point the raw value counts.
-// The first status kept for a point stays.
+// The first status kept for a point stays. A parameter's smoothed value, which a point judges, is
+// half the raw one.
 TEST(Status, ColoursReducedToThePointStatus) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   std::string c;

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <sstream>
 
-// Lists, each item followed by ","; visualizations by their ids.
 template <typename T> std::ostream& operator<<(std::ostream& out, const std::vector<T>& items) {
   for (const auto& item : items)
     out << item << ",";
@@ -20,7 +19,6 @@ static std::ostream& operator<<(std::ostream& out, const visualization& v) {
   return out << v.id;
 }
 
-// The fields joined by "|" and ended by a blank, numbers to 10 digits.
 template <typename... T> std::string line(const T&... fields) {
   std::ostringstream out;
   ((out.precision(10), out << fields << '|'), ...);
@@ -35,20 +33,18 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
     INSERT INTO aggregate VALUES (3,1,4,1,2,30,'2024-01-01','pump'),(4,1,0,8,0,0,NULL,'valve'),
       (5,1,0,11,0,0,NULL,'tank'),(6,77,0,1,0,0,NULL,'at no node');
     INSERT INTO control_point VALUES (11,3,1.5),(12,3,0.5),(14,3,2),(15,3,NULL),(21,99,1),(22,6,1),
-      (31,4,1),(41,5,1);
-    INSERT INTO control_point_motor VALUES (11,1),(12,2),(31,1),(41,1);
+      (31,4,1),(41,5,1); INSERT INTO control_point_motor VALUES (11,1),(12,2),(31,1),(41,1);
     INSERT INTO control_point_bearing VALUES (11,1),(11,2),(31,1),(41,1);
     INSERT INTO motor VALUES (1,55,1480,98,380,4,2),(2,1,1480,98,380,4,2),(3,55,1,98,380,4,2),
       (4,55,1480,98,380,0,2),(5,2,2,NULL,NULL,1,NULL);
     INSERT INTO bearing VALUES (1,7.9,9,1,25,52,15),(2,0,0,3,0,0,0),(3,7.9,4,1,25,52,0),
       (4,0,9,1,25,52,0),(5,7.9,9,1,0,0,0),(6,7.9,5,1,25,52,0);
-    INSERT INTO module VALUES (7,40,1,5,6,'0x8000001F',true,2);
-    INSERT INTO channel VALUES (98,40),(99,42),(100,42),(101,42),(102,42),(103,42),(104,42),
-      (120,44),(130,45),(140,46),(150,47);
+    INSERT INTO module VALUES (7,40,1,5,6,'0x8000001F',true,2); INSERT INTO channel VALUES (98,40),
+      (99,42),(100,42),(101,42),(102,42),(103,42),(104,42),(120,44),(130,45),(140,46),(150,47);
     INSERT INTO channel_contol_point VALUES (98,11,true),(99,0,true),(100,11,true),(101,11,true),
       (102,12,true),(103,13,false),(104,23,true),(120,31,true),(130,41,true),(140,21,true),
-      (150,22,true);
-    INSERT INTO observed_param (name) VALUES ('A'),('B'),('C'),('D'),('E'),('F'),('V'),('W');
+      (150,22,true); INSERT INTO observed_param (name) VALUES ('A'),('B'),('C'),('D'),('E'),('F'),
+      ('V'),('W');
     INSERT INTO visualization (id,source,name_param,type_param,channel_id,control_point_id,active)
       VALUES (1,42,'A',1,100,11,true),(2,42,'B',2,100,11,true),(3,42,'C',3,100,11,true),
       (4,42,'D',1,100,11,false),(5,42,'E',1,101,12,true),(6,42,'F',3,100,11,NULL),
@@ -97,19 +93,19 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
     status.calculateStatus();
     text += line(status.print());
   }
-  // The machine's status from its points' statuses weighted by their significance, for {module,
-  // (point, machine, significance, status)}: the valve's is the mean, the pump's the maximum.
+  // {module, (point, machine, significance, status)}: the valve's status the mean, the pump's the
+  // max.
   for (const auto& [source, points] : std::initializer_list<std::pair<long, std::string>>{
            {44, "(31,4,1.5,2),(32,4,0.5,3),(33,4,1,1.1),(34,4,2,NULL),(35,4,100,0.005)"},
            {42, "(11,3,2.5,1),(12,3,1,2.5),(13,3,0.25,1)"},
            {44, "(31,4,1,1.5)"},
            {44, "(31,4,1,NULL),(32,4,3,0)"}}) {
-    exec("TRUNCATE control_point, notification, status_aggregate");
-    exec("INSERT INTO control_point VALUES " + points);
+    exec("TRUNCATE control_point, notification, status_aggregate; INSERT INTO control_point "
+         "VALUES " +
+         points);
     Aggregate machine(&store(), source, &log(), "2024-05-01 10:00:00", nullptr);
     machine.calculateStatus();
     machine.writeStatus();
-    machine.writeStatus(); // the same time again replaces the status
     text += line(machine.status, machine.status_max,
                  scalar("SELECT concat_ws('|', (SELECT concat_ws('|', type_message_id, "
                         "control_point_id, additional_info, organization_alias, source, "

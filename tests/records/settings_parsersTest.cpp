@@ -1,4 +1,3 @@
-// The readers of the settings texts, and the defaults of the shared records.
 #include "records/settings_parsers.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +26,7 @@ template <typename F> std::string read(F reader) {
 // PARAM_SETTINGS read by position: one blank after each colon (else the first character is lost),
 // the last key running to the end of its object, values correctly rounded by the C library, a
 // Cyrillic name as its bytes. "text|name=value/sub_1_packet;..." or the kind of exception.
-TEST(SettingsParsers, ReadWhatTheyCanAndReportWhatTheyCannot) {
+TEST(Records, SettingsReadAsFarAsTheyGoAndRecordsStartAtTheirDefaults) {
   std::istringstream table(R"([|
 [{"name_param": "ku_vx", "value": 1.5},{"name_param": "с", "value": null}]|ku_vx=1.5/;с=0/;
 [{"name_param": "f", "sub_1_packet": "A", "value": -2.5e-3}]|f=-0.0025000000000000001/A;
@@ -59,11 +58,10 @@ TEST(SettingsParsers, ReadWhatTheyCanAndReportWhatTheyCannot) {
   // (9223372036854775808 lands above 2^63); no JSON object, service settings unchanged.
   std::string got;
   for (const char* text :
-       {R"([{"name_param": "k_gain", "value": 0.3, "unit": "g"}, {"value": 2},)"
-        R"( {"name_param": "rate", "value": 25.6e3}, {"name_param": "r2", "value": "2"},)"
-        R"( {"name_param": "", "value": 1}, {"name_param": 7, "value": 1}, 5, "x", [1],)"
-        R"( {"name_param": "dup", "value": 1}, {"name_param": "dup", "value": -2},)"
-        R"( {"name_param": "dup", "value": null}])",
+       {R"([{"name_param": "k", "value": 0.3, "unit": "g"}, {"value": 2}, {"name_param": "r",)"
+        R"( "value": 25.6e3}, {"name_param": "s", "value": "2"}, {"name_param": "", "value": 1},)"
+        R"( {"name_param": 7, "value": 1}, 5, "x", [1], {"name_param": "d", "value": 1},)"
+        R"( {"name_param": "d", "value": -2}, {"name_param": "d", "value": null}])",
         "[{\"name_param\": \"a\", \"value\": 1},]", "{\"n\": 1}"})
     got += read([&] { return json_parse_settings_raw(text); }) + "|";
   const std::string text =
@@ -79,32 +77,26 @@ TEST(SettingsParsers, ReadWhatTheyCanAndReportWhatTheyCannot) {
        {R"({"rulActive": {"codeMessage": "1"}})", "[1, 2]", "", "{\"r\xc3\xbcl\": []}"})
     got += read([&] { return json_parse_message_settings(other, "rulActive"); }) + "|";
   std::map<std::string, std::vector<long>> numbers = {
-      {"kept", {5}}, {"source", {5}}, {"calc_source", {1}}};
-  std::map<std::string, std::string> texts = {{"kafka_topic", "old"}};
+      {"kept", {5}}, {"source", {5}}, {"calc", {1}}};
+  std::map<std::string, std::string> texts = {{"topic", "old"}};
   std::map<std::string, bool> flags = {{"log", false}};
+  testing::internal::CaptureStdout();
   for (const char* settings :
-       {R"({"source": [101, 102.9, -7.9, "x", null, 1e999, -1e19], "remainder": 1,)"
-        R"( "middle": -10.99, "kafka_topic": "vek", "log": TRUE, "kafka_enable": false,)"
-        R"( "extra": {"a": 1}, "calc_source": 1e19, "nothing": null, "empty": [],)"
-        R"( "top": 9223372036854775807, "low": -9223372036854775808, "big": -1e18})",
-        "", "[1]", "{\"kafka_topic\": \"\xd0\xb2\"}"})
-    got += read([&] {
-      json_parse_vek_settings(settings, numbers, texts, flags);
-      return std::map<int, int>();
-    });
+       {R"({"source": [101, 102.9, -7.9, "x", null, 1e999, -1e19], "rest": 1, "mid": -10.99,)"
+        R"( "topic": "vek", "log": TRUE, "on": false, "obj": {"a": 1}, "calc": 1e19, "empty": [],)"
+        R"( "no": null, "top": 9223372036854775807, "low": -9223372036854775808, "big": -1e18})",
+        "", "[1]", "{\"topic\": \"\xd0\xb2\"}"})
+    json_parse_vek_settings(settings, numbers, texts, flags);
+  got += testing::internal::GetCapturedStdout();
   EXPECT_EQ(got + read([&] { return numbers; }) + read([&] { return texts; }) +
                 read([&] { return flags; }),
-            "dup=-2;k_gain=0.30000000000000004;rate=25600;|failed to parse settings raw\n||"
+            "d=-2;k=0.30000000000000004;r=25600;|failed to parse settings raw\n||"
             "1001=1,2,-3,6,;1002=;1003=;1006=2,3,;|3001=9,;||||failed to parse message settings\n|"
             "failed to parse message settings\n|failed to parse vek settings\nfailed to parse vek "
-            "settings\nfailed to parse vek settings\nbig=-1000000000000000000,;calc_source=1,;"
-            "empty=;kept=5,;middle=-10,;remainder=1,;source=101,102,-7,;kafka_topic=vek;"
-            "kafka_enable=0;log=1;");
-}
-
-// Readers leave a field alone where its column is NULL, so the defaults are what they keep; a
-// module record made elsewhere holds no indeterminate key.
-TEST(SharedRecords, ModuleDataStartsAtZero) {
+            "settings\nfailed to parse vek settings\nbig=-1000000000000000000,;calc=1,;empty=;"
+            "kept=5,;mid=-10,;rest=1,;source=101,102,-7,;topic=vek;log=1;on=0;");
+  // Readers leave a field alone where its column is NULL, so the defaults are what they keep; a
+  // module record made elsewhere holds no indeterminate key.
   const result_param p;
   const std::unique_ptr<module_data> m(new module_data); // default-initialized, not zeroed
   std::ostringstream out;
