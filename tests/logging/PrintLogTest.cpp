@@ -51,6 +51,8 @@ TEST(Logging, LinesGoWhereTheirFlagsSayAndClockTextsAreUnpadded) {
     texts += "," + std::to_string(stringToSec(text, format));
   EXPECT_EQ(texts, "2023-7-4 9:5:1,1970-1-1 0:0:0,2023-12-30 23:59:59,1688436301,1688436301,"
                    "1688403600,-2209100400");
+  EXPECT_EQ(std::chrono::system_clock::to_time_t(stringToDateTime("2023-07-04 09:05:01")),
+            1688436301); // the trend's start date read as local time
   std::string forms;
   for (const std::string offset : {"", "+0:00", "-2:15"})
     forms += time_now(1, offset) + "|" + time_now(0, offset) + "|" + time_now(7, offset) + "|";

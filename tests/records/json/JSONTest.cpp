@@ -40,6 +40,9 @@ TEST(JSON, ReadsSettingsAsTheyWereAlwaysReadAndPrintsThemBack) {
       std::wstring(L"\"a") + wchar_t(-48) + L"\""};
   for (const std::wstring& text : refused)
     EXPECT_EQ(JSON::Parse(text.c_str()), nullptr) << std::string(text.begin(), text.end());
+  // the narrow form widens and reads the same; a null text reads as nothing in either form
+  EXPECT_TRUE(JSON::Parse("[1, {\"a\": 2}]") && !JSON::Parse(static_cast<const char*>(nullptr)) &&
+              JSON::Parse("[1, {\"a\": 2}]")->Stringify() == L"[1,{\"a\":2}]");
   // Whitespace around the value, a raw tab in a string; the text ends at its first NUL.
   EXPECT_EQ(JSON::Stringify(JSON::Parse(L" \r\n\t[1, \"a\tb\\u0000c\"]\n\n").get()) +
                 JSON::Stringify(JSON::Parse(L"[1]\0garbage").get()) + JSON::Stringify(nullptr),
