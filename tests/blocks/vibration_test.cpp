@@ -433,10 +433,13 @@ TEST(SpectralCorrection, SupplyAndSlipOfAMotorForEveryPolePairCountAndBothModes)
       EXPECT_EQ(r.error, 0.0);
     }
   }
-  // a motor of five pole pairs is not served
+  // a motor of five pole pairs is not served; a converter's supply below 10 Hz is no supply
   const vibration::SupplyAndSlip five =
       vibration::cal_param_ad(50, 5, 4096, field({{50, 3000}}).data());
-  EXPECT_EQ(text(row({five.F, five.fr, five.s})), text(row({0, 0, 0})));
+  const vibration::SupplyAndSlip slow =
+      vibration::cal_param_ad_par(2, 4096, field({{9.71, 3000}}), vibration::FrequencyMode::control,
+                                  vibration::FieldFilter::amp1);
+  EXPECT_EQ(text(row({five.F, five.fr, five.s, slow.F, slow.fr})), text(row({0, 0, 0, 0, 0})));
 }
 
 TEST(SpectralCorrection, AWeakOrCrowdedFieldIsAnError) {
