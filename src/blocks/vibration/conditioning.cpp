@@ -22,30 +22,42 @@ double toMillimetres(double v) {
   return v * 9.8 * 1000.0;
 }
 
+// The amplitude spectrum of x cut to round(Lv) samples and zero-padded to `padding` times that
+// length, kept as the half that determines it: bin k above nfft / 2 is the mirror of nfft - k.
+struct Spectrum {
+  std::vector<creal_T> half;
+  int nfft = 0;
+  double magnitude(long k) const {
+    const creal_T& v = half[size_t(k <= nfft / 2 ? k : nfft - k)];
+    return rt_hypotd_snf(v.re, v.im);
+  }
+};
+
+Spectrum spectrum(const double* x, int length, double Lv, int padding) {
+  const double wanted = std::round(Lv);
+  const int n = wanted < 0.0 || std::isnan(wanted) ? 0 : int(std::min(wanted, double(length)));
+  Spectrum s;
+  s.nfft = padding * n;
+  s.half.resize(size_t(s.nfft / 2 + 1));
+  if (s.nfft > 0) {
+    coder::internal::fftRealHalf(x, n, s.nfft, s.half.data());
+  }
+  return s;
+}
+
 // Sum of the squared amplitudes 2 |Y(i)| / Lv over the 1-based bins round(M f1 / rate) ..
-// round(M f2 / rate) of the spectrum Y of nfft bins. Bins outside the spectrum are not there
-// to add: a band reaching past Nyquist of a short record sums what exists.
-double bandSum(const std::vector<creal_T>& Y, double Lv, double rate, double f1, double f2) {
-  const double M = double(Y.size()) + 2.0;
+// round(M f2 / rate), M = nfft + 2. Bins outside the spectrum are not there to add: a band
+// reaching past the record's spectrum sums what exists.
+double bandSum(const Spectrum& Y, double Lv, double rate, double f1, double f2) {
+  const double M = double(Y.nfft) + 2.0;
   const long i1 = std::max(1L, long(std::round(M * f1 / rate)));
-  const long i2 = std::min(long(Y.size()), long(std::round(M * f2 / rate)));
+  const long i2 = std::min(long(Y.nfft), long(std::round(M * f2 / rate)));
   std::vector<double> squares;
   for (long i = i1; i <= i2; ++i) {
-    const double a = 2.0 * rt_hypotd_snf(Y[i - 1].re, Y[i - 1].im) / Lv;
+    const double a = 2.0 * Y.magnitude(i - 1) / Lv;
     squares.push_back(a * a);
   }
   return coder::sum(squares.data(), int(squares.size()));
-}
-
-// The spectrum of x cut to round(Lv) samples and padded to `padding` times that length.
-std::vector<creal_T> spectrum(const double* x, int length, double Lv, int padding) {
-  const double wanted = std::round(Lv);
-  const int n = wanted < 0.0 || std::isnan(wanted) ? 0 : int(std::min(wanted, double(length)));
-  std::vector<creal_T> Y(size_t(padding) * size_t(n));
-  if (!Y.empty()) {
-    coder::internal::fftReal(x, n, int(Y.size()), Y.data());
-  }
-  return Y;
 }
 
 double rms(const double* x, int n) {
@@ -104,7 +116,7 @@ void paramData_v(double Lv, double fs, const coder::array<double, 2>& acc,
   out.acc[6] = rms(acc.data(), na);
   out.acc[7] = out.acc[8] = rtNaN;
   if (form.acc_padding > 0) {
-    const std::vector<creal_T> A = spectrum(acc.data(), na, Lv, form.acc_padding);
+    const Spectrum A = spectrum(acc.data(), na, Lv, form.acc_padding);
     const double divisor = 2.0 * form.acc_padding;
     if (nyquist >= 2500.0) {
       out.acc[7] = std::sqrt(bandSum(A, Lv, rate, 500.0, 2500.0) / divisor);
@@ -121,7 +133,7 @@ void paramData_v(double Lv, double fs, const coder::array<double, 2>& acc,
   moments(w.data(), nv, out.vel);
   out.vel[5] = peak2rms(w.data(), nv);
   out.vel[6] = rms(w.data(), nv);
-  const std::vector<creal_T> V = spectrum(w.data(), nv, Lv, 16);
+  const Spectrum V = spectrum(w.data(), nv, Lv, 16);
   out.vel[7] = std::sqrt(bandSum(V, Lv, rate, 10.0, 990.0) / 32.0);
   out.vel[8] = std::sqrt(bandSum(V, Lv, rate, 2.0, 65.0) / 32.0);
   out.vel[9] = std::sqrt(bandSum(V, Lv, rate, 65.0, 300.0) / 32.0);
