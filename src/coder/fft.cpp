@@ -25,12 +25,11 @@ template <typename T, int N> void shapeLike(const array<T, N>& x, int n, array<c
 
 } // namespace
 
-void fftReal(const double* x, int len, int n, creal_T* y) {
+void fftRealHalf(const double* x, int len, int n, creal_T* y) {
   if (n <= 0)
     return;
-  const size_t count = static_cast<size_t>(n);
   const int half = n / 2;
-  FftBuffer<double> in(count);
+  FftBuffer<double> in(static_cast<size_t>(n));
   FftBuffer<fftw_complex> out(static_cast<size_t>(half) + 1);
   const int used = std::min(len, n);
   std::copy(x, x + std::max(used, 0), in.get());
@@ -41,8 +40,12 @@ void fftReal(const double* x, int len, int n, creal_T* y) {
     y[k].re = out[static_cast<size_t>(k)][0];
     y[k].im = out[static_cast<size_t>(k)][1];
   }
+}
+
+void fftReal(const double* x, int len, int n, creal_T* y) {
+  fftRealHalf(x, len, n, y);
   // The rest of the spectrum of a real signal is the conjugate mirror of the first half.
-  for (int k = half + 1; k < n; ++k) {
+  for (int k = n / 2 + 1; k < n; ++k) {
     y[k].re = y[n - k].re;
     y[k].im = -y[n - k].im;
   }

@@ -10,6 +10,9 @@ namespace internal {
 // y(k) = sum_{j<min(len,n)} x(j) exp(-2 pi i j k / n) for k = 0..n-1: the input is cut or
 // padded with zeros to n, unscaled. y holds n values.
 void fftReal(const double* x, int len, int n, creal_T* y);
+// The first n / 2 + 1 values of the same transform, the half that determines the rest (y(n-k)
+// is the conjugate of y(k)): half the memory and time, for spectra read by magnitude.
+void fftRealHalf(const double* x, int len, int n, creal_T* y);
 
 // The complex transform of the same shape; inverse = true uses exp(+2 pi i j k / n) and
 // divides by n (MATLAB ifft).

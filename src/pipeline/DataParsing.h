@@ -28,6 +28,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -40,6 +41,11 @@ class DataBearing;
 class DataCache;
 class DataMotor;
 class Module;
+namespace vibration {
+struct AxisStatistics;
+struct BearingGeometry;
+struct FirstGenerationOutput;
+} // namespace vibration
 class PrintLog;
 
 class DataParsing {
@@ -254,6 +260,23 @@ private:
   // Modules 103 to 105 with type_param 200 or 201: each named piece's first value under its
   // name, U_BATTERY clamped to 0..100.
   void namedValues(calc_result& result);
+  // The statistics tables of a vibration block as parameters: ACC_, VEL_ and DSP_ rows of
+  // each axis, suffixed _X, _Y, _Z for three axes, _X, _Y for two, nothing for one.
+  void parsing_TimeSignalData(const vibration::AxisStatistics* table, int axes);
+  // The case temperature of a vibration module's T_CASE row: the first value of the
+  // temperature piece when an active T_CASE is shown at this place; below -100 degrees the
+  // sensor failure. Always gives a result.
+  bool caseTemperature();
+  // The bearing and stator temperatures of a type 1 or 9 module's row of kind 7: the first
+  // eight values of its temperature piece in tenths of a degree, each where it is shown;
+  // -32767 is the sensor failure. Always gives a result.
+  bool windingAndBearingTemperatures();
+  // What the two first-generation adapters share around their block: the option word with
+  // the journal-bearing bit, the log lines, the block's call (`block` gets the word, the
+  // bearing and the outputs) guarded against exceptions, and the parameters and result.
+  bool runFirstGeneration(DataBearing* bearing, int Lv, int Lm,
+                          const std::function<void(unsigned, const vibration::BearingGeometry&,
+                                                   vibration::FirstGenerationOutput&)>& block);
   // Whether the multichannel module of type 6 has a piece for the current point.
   bool rawMatchesPoint() const;
   // The recommendation passed with a message of type_message: the first of `candidates` that

@@ -3,9 +3,6 @@
 // dispatch and yield no result, which the loop treats as a computation that found nothing.
 #include "pipeline/DataParsing.h"
 
-bool DataParsing::computeModule1(DataMotor*, DataBearing*) {
-  return false;
-}
 bool DataParsing::computeModule3(DataMotor*, DataBearing*) {
   return false;
 }
@@ -19,9 +16,6 @@ bool DataParsing::computeModule6_single(DataMotor*, DataBearing*) {
   return false;
 }
 bool DataParsing::computeModule7(DataMotor*, DataBearing*) {
-  return false;
-}
-bool DataParsing::computeModule10(DataMotor*, DataBearing*) {
   return false;
 }
 bool DataParsing::computeModule101(DataMotor*, DataBearing*) {

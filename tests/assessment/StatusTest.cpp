@@ -1,16 +1,25 @@
-// The colours of a control point's parameters and their reduction to the point's status.
+#include "assessment/Status.h"
+#include "assessment/DataCache.h"
+
+#include <gtest/gtest.h>
 #include <sstream>
 
-#include "assessment/DataCache.h"
-#include "assessment/Status.h"
-#include <gtest/gtest.h>
+static visualization parameter(const std::string& name, float g, float y, float o, float kz,
+                               double value, int active = 1, int corridor = 1, int zero = 0,
+                               int type = 1) {
+  return {0, 42, 1,         100,   11, name, g,    y,    o,        kz, active,
+          1, 0,  value / 2, value, "", 0,    type, zero, corridor, "", ""};
+}
 
-namespace {
-
-// mm/s smaller is better, battery % larger is better, a frequency around 100 (97.5 .. 102.5 cut
-// toward zero to 97 .. 102), -97.5 cut to -97, bounds beyond 32 bits held at its ends. A value on
-// a bound is within; NaN is red.
-TEST(StatusColour, ThresholdsAndCorridors) {
+// Colours of mm/s, battery %, a frequency around 100 (97.5 .. 102.5 cut toward zero to 97 .. 102),
+// -97.5 cut to -97, bounds beyond 32 bits held at its ends; a value on a bound is within, NaN red.
+// Then "name:value:colour:weighted" each and status|maximum|has_data: inactive, switched-off and
+// weightless parameters leave the mean; nothing assessed is good; a weighted 0.01 does not count;
+// no rows, no status; yellow at orange: larger is better; a centre makes a corridor; type 2
+// without a centre admits only 0; a name's first row wins; without a point the raw value counts.
+// The first status kept for a point stays. A parameter's smoothed value, which a point judges, is
+// half the raw one.
+TEST(Status, ColoursReducedToThePointStatus) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   std::string c;
   for (const float v : {2.8f, 2.81f, 4.5f, 7.1f, 7.2f, nan})
@@ -24,22 +33,6 @@ TEST(StatusColour, ThresholdsAndCorridors) {
   for (const float v : {2e9f, 3e9f, -3e9f})
     c += std::to_string(Status::color_corridor(v, 25, 50, 1e9f, 2e9f));
   EXPECT_EQ(c, "122344" + std::string("1223344") + "1122344" + "344" + "144");
-}
-
-// A parameter of point 11 whose smoothed value is half the raw one; a point judges the smoothed.
-visualization parameter(const std::string& name, float g, float y, float o, float kz, double value,
-                        int active = 1, int corridor = 1, int zero = 0, int type = 1) {
-  return {0, 42, 1,         100,   11, name, g,    y,    o,        kz, active,
-          1, 0,  value / 2, value, "", 0,    type, zero, corridor, "", ""};
-}
-
-// Each parameter as "name:value:colour:weighted", then the status, its maximum and has_data.
-// Inactive, switched-off and weightless parameters leave the mean; nothing assessed is good; a
-// weighted colour of 0.01 does not count, 0.5 does; no visualization, no status; yellow at orange
-// means larger is better; a corridor centre makes percentages whatever the type; type 2 without
-// a centre admits only 0; the first row of a name wins; without a point the raw value counts.
-// The first status kept for a point stays.
-TEST(StatusCalculate, ParametersReducedToThePointStatus) {
   std::ostringstream out;
   DataCache cache;
   const auto assess = [&](int point, const std::vector<visualization>& rows) {
@@ -67,5 +60,3 @@ TEST(StatusCalculate, ParametersReducedToThePointStatus) {
             "A:1:1:0.01,B:1:1:0.5,|0.5|1|1 |0|1|0 F:7:2:2,Q:104:2:2,Z:0.5:4:4,|2.66667|4|1 "
             "V:3:2:2,|2|2|1 V:6:3:3,|3|3|1 3.5|2.66667|0");
 }
-
-} // namespace

@@ -1,26 +1,20 @@
-// The median block against a slow direct median of every window, and the pressure conversion
-// of the transmitter's 24-bit count.
 #include "blocks/median_filter/SortedBuffer.h"
 #include "blocks/median_filter/median_filter.h"
 #include "blocks/v_data_d/v_data_d.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
+#include <gtest/gtest.h>
 #include <random>
 #include <sstream>
-
-namespace {
 
 using V = std::vector<double>;
 const double kNaN = NAN, kInf = INFINITY;
 
-// The median of the last ten values (fewer at the start): NaN if one is NaN; of an even
-// count a + (b - a)/2 of the middle pair a <= b, which cannot overflow, but (a + b)/2 when
-// they differ in sign or a is infinite. As text, every digit, zeros without sign (the order
-// of 0 and -0 in a window is free).
-std::string slowMedian(const V& x) {
+// The median of the last ten values (fewer at first): NaN if one is NaN; of a middle pair a <= b,
+// a + (b - a)/2, which cannot overflow, but (a + b)/2 when they differ in sign or a is infinite.
+// Every digit, zeros without sign (the order of 0 and -0 in a window is free).
+static std::string slowMedian(const V& x) {
   std::ostringstream y;
   y.precision(17);
   for (size_t k = 0; k < x.size(); ++k) {
@@ -36,9 +30,10 @@ std::string slowMedian(const V& x) {
   return y.str();
 }
 
-TEST(MedianFilter, EqualsTheDirectMedianOfEveryWindow) {
+TEST(Blocks, MedianOfEveryWindowAndPressureOfACount) {
   // middle pairs of mixed sign, near overflow, infinite; repeated values leaving and entering;
-  // random runs of ties, infinities, negative zeros and NaN around the window of ten
+  // random runs of ties, infinities, negative zeros and NaN around the window of ten; the buffer
+  // grows past 256 in order and keeps an absent value, and an empty one has no median
   // clang-format off
   std::vector<V> series = {{}, {4.25}, {-3, 5}, {1.5e308, 1.7e308}, {-1e308, 1e308}, {kInf, kInf},
                            {-kInf, kInf}, {-kInf, 1, 2}, {5, 5, 5, 5, 900, 5, 5, 5, 5, 5, 5}};
@@ -62,22 +57,16 @@ TEST(MedianFilter, EqualsTheDirectMedianOfEveryWindow) {
       got << out[k] + 0.0 << " ";
     EXPECT_EQ(std::to_string(out.size(0)) + "x" + got.str(), "1x" + slowMedian(x));
   }
-  // the buffer grows past 256 in order, keeps an absent value, no NaN count below zero, no median
   median_filter_ns::SortedBuffer b;
   for (int k = 600; k > 0; --k)
     b.insert(k % 97);
   b.remove(200.5);
-  b.remove(kNaN);
-  EXPECT_TRUE(std::is_sorted(b.data(), b.data() + b.size()) &&
-              std::isnan(median_filter_ns::SortedBuffer().median()));
-  EXPECT_EQ(std::vector<int>({b.size(), b.nanCount(), b.locateElement(2.0), b.locateElement(-1)}),
-            std::vector<int>({600, 0, 20, 0}));
-}
-
-// 0.5 .. 4.5 over -1200 .. 1200: a zero count reads -0.5 / 0.4, and so does 16777215 (the
-// complement is taken against it); 8388607 is the largest positive count, a step under full
-// scale (3.97 * 1.2 - 0.5) / 0.4, and 8388608 the most negative.
-TEST(VDataD, CountsToPressure) {
+  EXPECT_EQ(std::vector<int>({std::is_sorted(b.data(), b.data() + b.size()), b.size(),
+                              b.locateElement(2.0),
+                              std::isnan(median_filter_ns::SortedBuffer().median())}),
+            std::vector<int>({1, 600, 20, 1}));
+  // 0.5 .. 4.5 over -1200 .. 1200: counts 0 and 16777215 (the complement's base) read -0.5 / 0.4;
+  // 8388607, the largest, a step under full scale (3.97 * 1.2 - 0.5) / 0.4; 8388608 the lowest.
   constexpr double kPressureTol = 1e-14; // a few roundings of values near 10
   const double full = 3.97 * 1.2 / 0.4, step = full / 8388608.0;
   const V counts = {0, 16777215, 8388607, 8388608, 1000, 16777214};
@@ -86,5 +75,3 @@ TEST(VDataD, CountsToPressure) {
   for (size_t k = 0; k < counts.size(); ++k)
     EXPECT_NEAR(v_data_d_ns::v_data_d(counts[k]), want[k], kPressureTol) << counts[k];
 }
-
-} // namespace

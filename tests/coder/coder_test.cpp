@@ -188,15 +188,14 @@ int second(const S& k) { // "<a>_<b>" -> b
 
 // Named tolerances, by why two correct implementations differ: kExact a permutation, a chosen
 // element, a sum in the same order; kFftTol FFTW plans of other lengths, a few ulp per stage;
-// kOneUlpSums another association; kDirectSums up to 501 products in another order;
-// kDetrendTol a 2-column QR, on the input's scale; kGridTol Octave builds the grid another way;
-// kPolyfitTol pivoted QR against unpivoted, cond < 1e3; kKaiserTol Octave's Bessel series, ends
-// near 1e-16; kEnvTol two FFTs, a 51-tap convolution, a modulus; kPchipTol another order of the
-// cubic; kThdTol tone sums agree to 1e-12, a skirt bin may be decided otherwise; kLoessTol two
-// QR solvers, kWindowTol a whole number of steps; kSumTol blocked against plain sums of up to
-// 16384 values; kMomentTol powers amplify it; kMedianTol the last bit of an even count's
-// average; kFirlsTol another formulation, drifting with the condition: ~1e7 at order 298,
-// 7.8e10 at order 500.
+// kOneUlpSums another association; kDirectSums up to 501 products in another order; kDetrendTol
+// a 2-column QR, on the input's scale; kGridTol Octave builds the grid another way; kPolyfitTol
+// pivoted QR against unpivoted, cond < 1e3; kKaiserTol Octave's Bessel series, ends near 1e-16;
+// kEnvTol two FFTs, a 51-tap convolution, a modulus; kPchipTol another order of the cubic;
+// kThdTol tone sums agree to 1e-12, a skirt bin may be decided otherwise; kLoessTol two QR
+// solvers, kWindowTol a whole number of steps; kSumTol blocked against plain sums of 16384;
+// kMomentTol powers amplify it; kMedianTol the last bit of an even count's average; kFirlsTol
+// another formulation, drifting with the condition: ~1e7 at order 298, 7.8e10 at order 500.
 constexpr double kExact = 0, kFftTol = 1e-12, kOneUlpSums = 1e-15, kDirectSums = 1e-14,
                  kDetrendTol = 1e-13, kGridTol = 1e-13, kPolyfitTol = 1e-12, kKaiserTol = 2e-14,
                  kEnvTol = 1e-12, kPchipTol = 1e-13, kThdTol = 1e-9, kLoessTol = 1e-12,
@@ -340,10 +339,10 @@ TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
         {"skewness", stat(coder::skewness, x), kMomentTol},
         {"nanmean", stat(coder::nanmean, xn), kSumTol},
         {"peak2peaknan", stat(coder::peak2peak, xn), kExact}};
-    for (const auto& [key, value, tol] : stats) // no moments of one value
+    for (const auto& [key, value, tol] : stats) // no moments of one value; std, median keep NaN
       EXPECT_TRUE(!g.has(key + "_" + k) || near({value}, g[key + "_" + k], tol)) << key;
-    // the 'includenan' routines: one NaN spoils the result
     EXPECT_TRUE(std::isnan(stat(coder::b_std, xn)) && std::isnan(stat(coder::median, xn)));
+    EXPECT_EQ(stat(coder::median, g["xmedianmix"]), g["medianmix"][0]); // pairs around 0, 1e308
   });
   each("minmax", "re_", [](auto& g, const S& k) { // values and 1-based indices, exactly
     const V &re = g["re_" + k], &im = g["im_" + k];
@@ -424,10 +423,9 @@ TEST(Golden, EveryRoutineMatchesItsReferenceFile) {
 }
 
 TEST(HandWorked, NonFiniteHelpersComplexOrderPeaksAndColonRanges) {
-  // hypot: equal magnitudes use the constant, not sqrt(18); the squares never overflow. rem:
-  // 0.3 / 0.1 is whole to within eps of the quotient, so 0 where fmod gives 0.0999... iseq: at
-  // |y|/2 the spacing is 2^-53, so one ulp of 1.0 is not below it; below the smallest normal
-  // the spacing is the subnormals'.
+  // hypot: equal magnitudes use the constant, the squares never overflow. rem: 0.3 / 0.1 is
+  // whole to eps of the quotient (fmod gives 0.0999...). iseq: at |y|/2 the spacing is 2^-53,
+  // not above one ulp of 1.0; below the smallest normal it is the subnormals'.
   rt_InitInfAndNaN();
   same(V{rtGetNaN(), rtGetNaNF(), rtNaNF, rtGetInf(), rtGetMinusInf(), rtGetInfF(),
          rtGetMinusInfF(), rtMinusInf, rtInfF, rtMinusInfF, double(rtIsNaN(kNaN)),
@@ -458,10 +456,9 @@ TEST(HandWorked, NonFiniteHelpersComplexOrderPeaksAndColonRanges) {
            V{kNaN, kNaN, 1, 1, kInf, 0, 0, kInf, 1, -8, 0.25, 9, kR2, kNaN, -8} +
            V{std::pow(10, 0.05), kNaN, kNaN, kNaN, 5, 0, 1, -1, 0, std::fmod(0.35, 0.1)} +
            V{1, 0, 0, 1, 0, 1, 0, 0, 0});
-  // relop(a, b) is a < b by modulus, then angle (equal moduli 5 here), then along the growing
-  // angle when both round equal (the real part near +-pi/2, the imaginary part near pi); equal
-  // values are not less, so a scan keeps its first maximum; NaN (in either part) is below all.
-  // Near the top of the range the moduli are compared halved, not as two infinities.
+  // relop(a, b) is a < b by modulus (halved near the top of the range), then angle, then along
+  // the growing angle when both round equal (the real part near +-pi/2, the imaginary part near
+  // pi); equal values are not less, so a scan keeps its first maximum; NaN is below all.
   for (const auto& [name, c] : lines(std::istringstream(R"(3 4 0 6 | 1
     0 6 3 4 | 0
     5 0 3 4 | 1
@@ -504,11 +501,10 @@ TEST(HandWorked, NonFiniteHelpersComplexOrderPeaksAndColonRanges) {
       want_pks.push_back(c[0][size_t(l) - 1]);
     same(locs + pks, c[1] + want_pks);
   }
-  // a : d : b as {a, d, b}, then the count and some points. Built from both ends: the second
-  // half counts back from b, an odd count's centre is the midpoint, an even count's middle
-  // pair comes one from each end; 0:0.015:0.1 stops at 0.09; 0:0.1:0.3 reaches 0.3 exactly
-  // though 3 * 0.1 does not. A NaN anywhere or equal infinities: one NaN; an infinite step
-  // only a; a bound on the wrong side, a zero step, an infinite bound or too many points: none
+  // a : d : b, then the count and some points, built from both ends: the second half from b,
+  // an odd count's centre the midpoint, an even count's middle pair one from each end; 0:0.1:0.3
+  // reaches 0.3 though 3 * 0.1 does not. NaN or equal infinities: one NaN; an infinite step: a;
+  // a bound on the wrong side, a zero step, an infinite bound, too many points: none
   const double a = 24.73 - 0.1, b = 24.73 + 0.1;
   const std::pair<V, V> colons[] = {
       {{a, 0.001, b}, {201, a, a + 10 * 0.001, a + 50 * 0.001, (a + b) / 2, b - 50 * 0.001, b}},
@@ -639,6 +635,25 @@ TEST(HandWorked, CoderArrayAndImplicitExpansion) {
   coder::array<double, 1> owned(column);
   got = got + V{double(empty.size(0)), double(coder::array<double, 2>(empty).numel()), a(1, 0),
                 double(column.is_owner() + 2 * owned.is_owner()), double(owned.data() != a.data())};
+  // a view writes through; growing it copies into a buffer of its own; copies are deep, moves
+  // take the buffer
+  double outside[3] = {1, 2, 3};
+  coder::array<double, 1> view, copy, moved;
+  view.set(outside, 3);
+  view[1] = 20;
+  got.push_back(view.is_owner());
+  view.set_size(40);
+  view[0] = -1;
+  copy = view;
+  copy[1] = 7;
+  const double* buffer = view.data();
+  moved = std::move(view);
+  got = got + V{outside[0],
+                outside[1],
+                double(view.is_owner() + 2 * moved.is_owner()),
+                moved[1],
+                double(moved.data() == buffer),
+                double(view.numel() + moved.numel())};
   // expansion repeats extents of 1 (a rank-1 column against a row too); extents that differ
   // otherwise give an empty result rather than reading past either operand
   coder::array<double, 2> col = toRow({1, 2, 3}), row = toRow({10, 20}), sum, product, diff, bad;
@@ -650,15 +665,14 @@ TEST(HandWorked, CoderArrayAndImplicitExpansion) {
   same(got + shape(sum) + shape(diff) +
            V{sum(2, 1), sum(0, 0), product(1, 1), diff(1, 0), diff(0, 1), double(bad.numel())},
        V{0, 0, 1, 11, 1, 3, 4, 12, 1, 11, 16, 16, 32, 128, 256, 256, 256, 1} +
-           V{0, 0, 42, 2, 1, 3, 2, 2, 2, 23, 11, 22 * 22, -8, -19, 0});
+           V{0, 0, 42, 2, 1, 0, 1, 20, 3, 20, 1, 40, 3, 2, 2, 2, 23, 11, 22 * 22, -8, -19, 0});
   static_assert(sizeof(creal_T) == 2 * sizeof(double), "complex values are adjacent doubles");
 }
 
-TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
-  // Too little data: envspectrum of fewer than four samples, thd of one sample, of one
-  // harmonic or of silence (no fundamental), firls of an odd order or edge count,
-  // periodogram with a window of another length, cumtrapz with fewer times than samples
-  // (NaN steps, nothing read beyond t), filter without taps (zeros, in place too).
+TEST(Degenerate, TooLittleDataEmptyNaNRankDeficientAndTies) {
+  // Too little data: envspectrum of under four samples, thd of one sample, one harmonic or
+  // silence, firls of an odd order or edge count, periodogram with a window of another length,
+  // cumtrapz with fewer times than samples (NaN steps), filter without taps (zeros; in place).
   coder::array<double, 1> hp, hf, es, f, env, t, w, P, F, yf, pulse = toColumn({1, 0, 0, 0, 2});
   const V thds = {coder::thd(toColumn(V(1000, 3.0)), 500.0, 5, hp, hf), hf[0],
                   coder::thd(toColumn({1.0}), 500, 5, hp, hf),
@@ -678,9 +692,9 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
        {kNaN, kNaN, kNaN, kNaN, 0, 1, 3, 0, 2, kNaN, 0, 0, 0, 0, 0, 0.25, 0.5, 0.25, 0, 0.5});
   // Empty and in place: transforms of nothing or into their input, a NaN spreading over a row
   // detrended in place, windows of no or negative length or a NaN beta.
-  coder::array<creal_T, 1> spec = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
-  coder::fft(spec, 8, out);
-  coder::fft(spec, 8, spec);
+  coder::array<creal_T, 1> ramp = toComplex({1, 2, 3, 4, 5}), out, none, analytic;
+  coder::fft(ramp, 8, out);
+  coder::fft(ramp, 8, ramp);
   coder::fft(toColumn({1, 2}), 0, none);
   coder::hilbert(coder::array<double, 1>(), analytic);
   coder::array<double, 2> line = toRow(lcgSignal(3, 50));
@@ -689,7 +703,7 @@ TEST(Degenerate, TooLittleDataEmptyNaNInPlaceRankDeficientGroupsAndExtremes) {
   coder::tukeywin(0, w);
   coder::hanning(-3, P);
   coder::kaiser(3, kNaN, F);
-  same(flatten(spec) +
+  same(flatten(ramp) +
            V{double(none.numel() + analytic.numel() + w.numel() + P.numel()), F[0],
              coder::internal::besselI0(-kInf), coder::internal::besselI0(0),
              coder::internal::besselI0(1)} +
@@ -789,10 +803,9 @@ TEST(Firls, FixedFormsOfTheBlocksAndTheCache) {
   EXPECT_TRUE(near(toVector(ramp), series, 1e-15)); // closed-form sinc sums: rounding
 }
 
-// The correlation scan in its forms (the grid forms call the list forms) against the direct
-// sum in extended precision. The kernel's stated bound: every sum within this fraction of
-// sum|y| of the exact one; the double direct form rounds 2*pi*f*k*dt at phases up to 1e4 rad,
-// errors that add up over a line in the band (1.3e-13 of sum|y| measured).
+// The correlation scan (the grid forms call the list forms) against the sum in extended
+// precision: every sum within kScanBound of sum|y|; the direct form rounds 2 pi f k dt at phases
+// up to 1e4 rad, errors adding up over a line in the band (1.3e-13 of sum|y| measured).
 constexpr double kScanBound = 5e-14, kDirectBound = 5e-13;
 
 TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {

@@ -1,8 +1,5 @@
-// The equipment objects read from real rows, each printed as its fields joined by "|" and compared
-// whole. Ids rise in insertion order, so rows come back in that order however the server joins.
-#include <algorithm>
-#include <sstream>
-
+// The equipment objects read from real rows, printed as fields joined by "|" and compared whole.
+// Ids rise in insertion order, so rows come back in that order however the server joins.
 #include "assessment/Status.h"
 #include "equipment/Aggregate.h"
 #include "equipment/DataBearing.h"
@@ -10,20 +7,18 @@
 #include "equipment/Module.h"
 #include "equipment/Visualization.h"
 #include "support/StoreTest.h"
+#include <algorithm>
+#include <sstream>
 
-// Lists, each item followed by ","; visualizations by their ids.
 template <typename T> std::ostream& operator<<(std::ostream& out, const std::vector<T>& items) {
   for (const auto& item : items)
     out << item << ",";
   return out;
 }
-std::ostream& operator<<(std::ostream& out, const visualization& v) {
+static std::ostream& operator<<(std::ostream& out, const visualization& v) {
   return out << v.id;
 }
 
-namespace {
-
-// The fields joined by "|" and ended by a blank, numbers to 10 digits.
 template <typename... T> std::string line(const T&... fields) {
   std::ostringstream out;
   ((out.precision(10), out << fields << '|'), ...);
@@ -38,20 +33,18 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
     INSERT INTO aggregate VALUES (3,1,4,1,2,30,'2024-01-01','pump'),(4,1,0,8,0,0,NULL,'valve'),
       (5,1,0,11,0,0,NULL,'tank'),(6,77,0,1,0,0,NULL,'at no node');
     INSERT INTO control_point VALUES (11,3,1.5),(12,3,0.5),(14,3,2),(15,3,NULL),(21,99,1),(22,6,1),
-      (31,4,1),(41,5,1);
-    INSERT INTO control_point_motor VALUES (11,1),(12,2),(31,1),(41,1);
+      (31,4,1),(41,5,1); INSERT INTO control_point_motor VALUES (11,1),(12,2),(31,1),(41,1);
     INSERT INTO control_point_bearing VALUES (11,1),(11,2),(31,1),(41,1);
     INSERT INTO motor VALUES (1,55,1480,98,380,4,2),(2,1,1480,98,380,4,2),(3,55,1,98,380,4,2),
       (4,55,1480,98,380,0,2),(5,2,2,NULL,NULL,1,NULL);
     INSERT INTO bearing VALUES (1,7.9,9,1,25,52,15),(2,0,0,3,0,0,0),(3,7.9,4,1,25,52,0),
       (4,0,9,1,25,52,0),(5,7.9,9,1,0,0,0),(6,7.9,5,1,25,52,0);
-    INSERT INTO module VALUES (7,40,1,5,6,'0x8000001F',true,2);
-    INSERT INTO channel VALUES (98,40),(99,42),(100,42),(101,42),(102,42),(103,42),(104,42),
-      (120,44),(130,45),(140,46),(150,47);
+    INSERT INTO module VALUES (7,40,1,5,6,'0x8000001F',true,2); INSERT INTO channel VALUES (98,40),
+      (99,42),(100,42),(101,42),(102,42),(103,42),(104,42),(120,44),(130,45),(140,46),(150,47);
     INSERT INTO channel_contol_point VALUES (98,11,true),(99,0,true),(100,11,true),(101,11,true),
       (102,12,true),(103,13,false),(104,23,true),(120,31,true),(130,41,true),(140,21,true),
-      (150,22,true);
-    INSERT INTO observed_param (name) VALUES ('A'),('B'),('C'),('D'),('E'),('F'),('V'),('W');
+      (150,22,true); INSERT INTO observed_param (name) VALUES ('A'),('B'),('C'),('D'),('E'),('F'),
+      ('V'),('W');
     INSERT INTO visualization (id,source,name_param,type_param,channel_id,control_point_id,active)
       VALUES (1,42,'A',1,100,11,true),(2,42,'B',2,100,11,true),(3,42,'C',3,100,11,true),
       (4,42,'D',1,100,11,false),(5,42,'E',1,101,12,true),(6,42,'F',3,100,11,NULL),
@@ -100,19 +93,19 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
     status.calculateStatus();
     text += line(status.print());
   }
-  // The machine's status from its points' statuses weighted by their significance, for {module,
-  // (point, machine, significance, status)}: the valve's is the mean, the pump's the maximum.
+  // {module, (point, machine, significance, status)}: the valve's status the mean, the pump's the
+  // max.
   for (const auto& [source, points] : std::initializer_list<std::pair<long, std::string>>{
            {44, "(31,4,1.5,2),(32,4,0.5,3),(33,4,1,1.1),(34,4,2,NULL),(35,4,100,0.005)"},
            {42, "(11,3,2.5,1),(12,3,1,2.5),(13,3,0.25,1)"},
            {44, "(31,4,1,1.5)"},
            {44, "(31,4,1,NULL),(32,4,3,0)"}}) {
-    exec("TRUNCATE control_point, notification, status_aggregate");
-    exec("INSERT INTO control_point VALUES " + points);
+    exec("TRUNCATE control_point, notification, status_aggregate; INSERT INTO control_point "
+         "VALUES " +
+         points);
     Aggregate machine(&store(), source, &log(), "2024-05-01 10:00:00", nullptr);
     machine.calculateStatus();
     machine.writeStatus();
-    machine.writeStatus(); // the same time again replaces the status
     text += line(machine.status, machine.status_max,
                  scalar("SELECT concat_ws('|', (SELECT concat_ws('|', type_message_id, "
                         "control_point_id, additional_info, organization_alias, source, "
@@ -121,11 +114,10 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
                         "MAX(calculated_at) = '2024-05-01 10:00') FROM status_aggregate"),
                  logText().substr(logText().rfind("aggregate: ") + 11));
   }
-  // Modules 0x8000001F and unknown; motors of power, speed and poles 2, 2, 1 and less; bearings:
-  // pi as 3.14159265, plain, 4 and 5 elements, no ball, no pitch; machines: the channel that made
-  // a shared point keeps it; no drive for valves and static equipment; a point without machine,
-  // at no node, no channel. Machines: points never assessed (34) or of a tiny status (35) are not
-  // reckoned; yellow at the point weighing most; orange from 2.5; yellow from 1.5; none reckoned.
+  // Modules known and not; motors of power, speed, poles 2, 2, 1 and less; bearings: pi 3.14159265,
+  // plain, 4 and 5 elements, no ball, no pitch; a shared point kept by its first channel; no drive
+  // for valves and static equipment; points of no machine, at no node, no channel. Machines: points
+  // never assessed (34) or tiny (35) left out; yellow at the heaviest; orange from 2.5, yellow 1.5.
   std::string expected = R"(7|1|2|2147483679|5|6|1|3|+3:00|plant|0|1|1||40 : 1 2 |
 0|0|0|2147483648|0|0|0|0|||0|0|0|data of module: 77 is incorrect |77 : 0 0 | 1|55|1480|98|380|4|2|1|
 7.9|9|1|25|52|15|0.2617993875|38.5|1| 2|1|1480|98|380|4|2|0| 0|0|3|0|0|0|0|0|1| 3|55|1|98|380|4|2|0|
@@ -144,5 +136,3 @@ TEST_F(EquipmentTest, ObjectsAndTheMachineStatusReadFromThePlant) {
   std::replace(text.begin(), text.end(), '\n', ' ');
   EXPECT_EQ(text, expected);
 }
-
-} // namespace

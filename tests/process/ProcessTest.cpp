@@ -85,6 +85,21 @@ TEST_F(CalculationTest, SettingsAreTakenInTurnAndKeptWhenDropped) {
   // number but empty the list; a single-valued key takes an array's first; the remainder has
   // the sign of the source; "middle" 0 is taken (the loop then keeps its command line's);
   // periods beyond the millisecond range wrap as the 32-bit timer does, even beyond 64 bits.
+  // Registration and progress touch only the instance's own row; a new row's settings wait.
+  exec("INSERT INTO vek_calculation (id, ip, lag, settings) VALUES (1, '10.0.0.1', 12, "
+       "'{\"middle\": 100}'), (3, NULL, NULL, NULL)");
+  Calculation known(&store(), 1), fresh(&store(), 2), third(&store(), 3);
+  const int before = known.getMiddle(); // the constructor does not touch the database
+  EXPECT_TRUE(known.initCalculation("10.0.0.9") && fresh.initCalculation("10.0.0.2"));
+  third.setVersion("{\"vek\": \"1.2.3\"}");
+  third.updateCalc(-1, 501, "2024-5-1 9:7:3");
+  EXPECT_EQ(
+      scalar("SELECT string_agg(format('%s|%s|%s|%s|%s|%s|%s', id, ip, lag, settings, "
+             "version, last_calculated, sync_time), ' / ' ORDER BY id) FROM vek_calculation") +
+          " " + std::to_string(before) + " " +
+          std::to_string(known.getMiddle() + fresh.getMiddle()),
+      "1|10.0.0.9|12|{\"middle\": 100}||| / 2|10.0.0.2|0|||| / "
+      "3||-1||{\"vek\": \"1.2.3\"}|501|2024-05-01 09:07:03 0 100");
   exec("DELETE FROM vek_calculation");
   Calculation calculation(&store(), 1);
   eachCase(R"(

@@ -10,10 +10,8 @@
 
 #include "support/StoreTest.h"
 
-namespace {
-
 // Fields joined by "|", numbers with all the digits of a double.
-template <typename... T> std::string cat(const T&... fields) {
+template <typename... T> static std::string cat(const T&... fields) {
   std::ostringstream out;
   out.precision(17);
   const char* separator = "";
@@ -24,13 +22,15 @@ template <typename... T> std::string cat(const T&... fields) {
 // The fields of what the reads fill, records in the order of their statements, a vector as
 // "[items]"; list() joins items by ",", sorted where the server gives them in no fixed order.
 // clang-format off
-template <typename C> std::string list(const C& items, bool sorted = false);
-template <typename T> std::string fields(const T& value) { return cat(value); }
-template <typename T> std::string fields(const std::vector<T>& v) { return "[" + list(v) + "]"; }
-template <typename K, typename V> std::string fields(const std::pair<K, V>& x) {
+template <typename C> static std::string list(const C& items, bool sorted = false);
+template <typename T> static std::string fields(const T& value) { return cat(value); }
+template <typename T> static std::string fields(const std::vector<T>& v) {
+  return "[" + list(v) + "]";
+}
+template <typename K, typename V> static std::string fields(const std::pair<K, V>& x) {
   return cat(x.first, x.second);
 }
-#define FIELDS(T, ...) std::string fields(const T& x) { return cat(__VA_ARGS__); }
+#define FIELDS(T, ...) static std::string fields(const T& x) { return cat(__VA_ARGS__); }
 FIELDS(param_info, x.id, x.source, x.type_mod, x.type_param, x.receipt_date, x.tu_error,
        x.param_settings, x.module_config, x.kind)
 FIELDS(raw, x.param_type_id, x.c_type, x.sub_channel, x.data, x.settings)
@@ -46,7 +46,7 @@ FIELDS(visualization, x.id, x.source, x.name_param, x.green, x.yellow, x.orange,
        x.latest_raw_value, x.rul_active, x.type_corridor, x.corridor_zero, x.corridor_active,
        x.type_param, x.message_settings, x.rul_data, x.value_at)
 // clang-format on
-template <typename C> std::string list(const C& items, bool sorted) {
+template <typename C> static std::string list(const C& items, bool sorted) {
   std::vector<std::string> texts;
   for (const auto& item : items)
     texts.push_back(fields(item));
@@ -61,7 +61,7 @@ template <typename C> std::string list(const C& items, bool sorted) {
 // Module 42 bound to point 20 of machine 30 of "plant", module 43 to point 22 of machine 31 of
 // "bare", which has no offset, module 44 bound but inactive, 45 and 46 with configurations that
 // carry no word; two gateways; the visualizations of module 42; messages and recommendations.
-const char* const kPlant = R"(
+static const char* const kPlant = R"(
 INSERT INTO organization_object VALUES ('plant', 'UTC+3:00', 1), ('yard', 'GMT-2:30', NULL),
   ('bare', NULL, 2), ('O''Neil', NULL, 0);
 INSERT INTO observed_node VALUES (4, 'plant'), (5, 'yard'), (6, 'bare');
@@ -74,13 +74,14 @@ INSERT INTO channel VALUES (10, 42, 'AB', 'XYZ'), (11, 42, NULL, NULL), (12, 43,
 INSERT INTO channel_contol_point VALUES (10, 20, true), (10, 21, NULL), (12, 22, true),
   (13, 22, false);
 INSERT INTO module VALUES (7, 42, 10, 15, 3, '0x1F', true, 2, 4, false),
-  (8, 43, 11, NULL, 3, '0x', false, NULL, NULL, NULL), (9, 44, 12, 5, NULL, NULL, NULL, NULL, 0, true),
-  (10, 45, 13, NULL, NULL, '7', NULL, NULL, NULL, NULL), (11, 46, 14, NULL, NULL, '0xZZ', false, 4, NULL, NULL);
-INSERT INTO module_param VALUES ('gain', 2.5, 10, 3, 1, 4, 'A'), ('offset', NULL, 10, 5, 1, NULL, NULL),
-  ('other', 1, 10, 3, 2, 0, '');
+  (8, 43, 11, NULL, 3, '0x', false, NULL, NULL, NULL), (9, 44, 12, 5, NULL, NULL, NULL, NULL, 0,
+  true), (10, 45, 13, NULL, NULL, '7', NULL, NULL, NULL, NULL), (11, 46, 14, NULL, NULL, '0xZZ',
+  false, 4, NULL, NULL);
+INSERT INTO module_param VALUES ('gain', 2.5, 10, 3, 1, 4, 'A'),
+  ('offset', NULL, 10, 5, 1, NULL, NULL), ('other', 1, 10, 3, 2, 0, '');
 INSERT INTO observed_param VALUES ('SKZ', 2), ('TEMP', NULL);
-INSERT INTO visualization VALUES (101, 42, 'SKZ', 1.5, 2.5, 4.5, 0.25, true, false, true, true, true,
-  10, 20, 1, 3, 0.1, 3.5, NULL, NULL, '{}', '\x0102', '2023-07-04 09:05:01.5');
+INSERT INTO visualization VALUES (101, 42, 'SKZ', 1.5, 2.5, 4.5, 0.25, true, false, true, true,
+  true, 10, 20, 1, 3, 0.1, 3.5, NULL, NULL, '{}', '\x0102', '2023-07-04 09:05:01.5');
 INSERT INTO visualization (id, source, name_param, type_param) VALUES (5, 42, 'SKZ', 1),
   (6, 42, 'TEMP', 2), (103, 43, 'SKZ', 1);
 INSERT INTO list_of_messages VALUES ('27', true), ('13', true), ('12', false), ('x''1', true);
@@ -625,5 +626,3 @@ TEST_F(StoreSession, NumbersCarryAPointInADecimalCommaLocaleAndResultsKeepTheirP
                  "'result_base'::regclass ORDER BY inhrelid"),
             "result_101\nresult_5\nresult_6\nresult_103\nresult_7\n");
 }
-
-} // namespace

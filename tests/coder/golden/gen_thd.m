@@ -10,13 +10,11 @@ function [power, freq, l, r] = tone_from_psd(P, F, rbw, target)
       power = NaN; freq = NaN; l = 1; r = 0; return;
     end
     [~, idx0] = min(abs(F - target)); lo = max(1, idx0 - 1);
-    [~, k] = max(P(lo:min(idx0 + 1, n)));
-    idx = lo + k - 1;
+    [~, k] = max(P(lo:min(idx0 + 1, n))); idx = lo + k - 1;
   end
   left = idx - 1; while left >= 1 && P(left) <= P(left + 1), left = left - 1; end
   right = idx + 1; while right <= n && P(right - 1) >= P(right), right = right + 1; end
-  l = left + 1; r = right - 1;
-  freq = sum(F(l:r) .* P(l:r)) / sum(P(l:r));
+  l = left + 1; r = right - 1; freq = sum(F(l:r) .* P(l:r)) / sum(P(l:r));
   if l < r
     w = diff(F(l:r)); extra = (F(r) - F(l)) / (r - l);
     if F(l) == 0, w = [w; extra]; else, w = [extra; w]; end
@@ -27,8 +25,7 @@ function [power, freq, l, r] = tone_from_psd(P, F, rbw, target)
 end
 function [r, hp, hf] = thd_ref(x, fs, nharm)
   x = x(:) - mean(x(:)); N = numel(x); w = kaiser(N, 38);
-  rbw = sum(w .^ 2) / sum(w) ^ 2 * fs;
-  P = periodogram(x, w, N, fs);
+  rbw = sum(w .^ 2) / sum(w) ^ 2 * fs; P = periodogram(x, w, N, fs);
   F = (fs / N) * (0:numel(P) - 1)';
   F(end) = fs / 2 - mod(N, 2) * fs / (2 * N); P(1) = 2 * P(1);
   [~, ~, l, rr] = tone_from_psd(P, F, rbw, 0); P(l:rr) = 0;
