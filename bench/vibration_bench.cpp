@@ -7,7 +7,7 @@
 #include "blocks/vibration/conditioning.h"
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
-#include "blocks/vibration/spectral_correction.h"
+#include "blocks/vibration/field_analysis.h"
 #include "blocks/vibro_tk701_3_ve/vibro_tk701_3_ve.h"
 #include "coder/fft.h"
 #include "coder/hilbert.h"

@@ -8,7 +8,7 @@
 #include "blocks/vibration/conditioning.h"
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
-#include "blocks/vibration/spectral_correction.h"
+#include "blocks/vibration/field_analysis.h"
 #include "coder/hilbert.h"
 #include "synth/MachineSignals.h"
 

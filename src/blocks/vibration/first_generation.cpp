@@ -1,9 +1,9 @@
 #include "blocks/vibration/first_generation.h"
 
+#include "blocks/vibration/field_analysis.h"
 #include "blocks/vibration/options.h"
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
-#include "blocks/vibration/spectral_correction.h"
 #include "coder/hilbert.h"
 #include "coder/rt_nonfinite.h"
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "blocks/vibration/bearing.h"
+#include "blocks/vibration/field_analysis.h"
 #include "blocks/vibration/rotor.h"
-#include "blocks/vibration/spectral_correction.h"
 
 namespace vibration {
 

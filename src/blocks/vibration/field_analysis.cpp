@@ -1,4 +1,4 @@
-#include "blocks/vibration/spectral_correction.h"
+#include "blocks/vibration/field_analysis.h"
 
 #include "blocks/vibration/fir_sets.h"
 #include "blocks/vibration/scans.h"
