@@ -1,10 +1,10 @@
 // The stages of the vibration blocks: the sensor chips' counts to g with the repair of lost
 // samples (hand-worked), and the statistics of a tone against its physics.
 #include "blocks/vibration/conditioning.h"
+#include "blocks/vibration/field_analysis.h"
 #include "blocks/vibration/fir_sets.h"
 #include "blocks/vibration/rotor.h"
 #include "blocks/vibration/sensor_samples.h"
-#include "blocks/vibration/spectral_correction.h"
 #include "blocks/vibro_tk701_2_ve/vibro_tk701_2_ve.h"
 #include "blocks/vibro_tk701_3_ve/vibro_tk701_3_ve.h"
 #include "coder/hilbert.h"
@@ -44,52 +44,35 @@ std::string text(const Row& r, LostSamples lost = {}) {
   return out.str();
 }
 
-TEST(SensorSamples, ChipsScaleAndRepairLostSamples) {
+TEST(SensorSamples, ChipsScaleRepairLostSamplesAndCountTheirRuns) {
   Row out;
-  const double lsb = 1200.0 / 8388608.0;
-  // IIS3DWBTR at 16 g full scale: 8, lost, -8, 4 g; the lost one takes the mean 4/3 of the
-  // others, which is then removed from all; all lost is NaN
+  // IIS3DWBTR at 16 g: 8, lost, -8, 4 g; the lost one takes the mean 4/3 of the others, which
+  // is then removed from all; all lost is NaN
   vibration::v_data_IIS3DWBTR(row({16384, 0, -16384, 8192}), 16, out);
   EXPECT_EQ(text(out), text(row({8 - 4 / 3.0, 0, -8 - 4 / 3.0, 4 - 4 / 3.0})));
   vibration::v_data_IIS3DWBTR(row({0, 0}), 16, out);
   EXPECT_EQ(text(out), "nan nan | 0 0");
-  // ADS131: the top of the positive range, the first negative count (just over -1200 mV),
-  // 16777215 reading 0 and so lost, one count; then divided by the gain 2
-  LostSamples lost = vibration::v_data_ads131_v2(row({8388607, 8388608, 16777215, 1}), 2, out);
-  const double a = 8388607 * lsb, b = (8388608.0 - 16777215.0) * lsb, c = lsb, m = (a + b + c) / 3;
-  EXPECT_EQ(text(out, lost), text(row({(a - m) / 2, (b - m) / 2, 0, (c - m) / 2}), {1, 0}));
-  // LIS344: repair, then (x * 1.1 / ku) * 1.0681766510009765 / g_del; all lost stays zero
-  lost = vibration::v_data_LIS344(row({3, 0, 5}), 0.5, 2, out);
-  EXPECT_EQ(text(out, lost), text(row({-1 * 1.1 / 0.5 * 1.0681766510009765 / 2, 0,
-                                       1 * 1.1 / 0.5 * 1.0681766510009765 / 2}),
-                                  {1, 0}));
-  lost = vibration::v_data_rs_89x_x(row({2e6, 0, 4e6}), out);
-  EXPECT_EQ(text(out, lost), text(row({-1, 0, 1}), {1, 0}));
-  // the magnetic channel: NaN counts as lost; only the first n samples are taken, and a
-  // count beyond the record takes what is there
-  vibration::dell_null_data(row({kNaN, 2, 4, 0}), 4, out);
-  EXPECT_EQ(text(out), text(row({0, -1, 1, 0})));
-  vibration::dell_null_data(row({kNaN, 2, 4, 9}), 3, out);
-  EXPECT_EQ(text(out), text(row({0, -1, 1})));
-  vibration::dell_null_data(row({1, 3}), 5, out);
-  EXPECT_EQ(text(out), text(row({-1, 1})));
-}
-
-TEST(SensorSamples, RunsOfLostSamplesCountTheirStartPositions) {
-  // {run start, run length, window of the chip, runs} in 100 samples: a run of 40 inside has 9
-  // starts for a window of 32, at the very end one less, one shorter than the window none; a
-  // record all lost stays zero in LIS344 (no 0/0)
-  const int cases[][4] = {{10, 40, 32, 9}, {60, 40, 32, 8}, {10, 31, 32, 0}, {10, 8, 8, 1},
-                          {92, 8, 8, 0},   {0, 12, 8, 5},   {0, 100, 32, 68}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << "run of " << c[1] << " at " << c[0]);
+  // LIS344: repair, then (x * 1.1 / ku) * 1.0681766510009765 / g_del
+  LostSamples lost = vibration::v_data_LIS344(row({3, 0, 5}), 0.5, 2, out);
+  const double u = 1.1 / 0.5 * 1.0681766510009765 / 2;
+  EXPECT_EQ(text(out, lost), text(row({-u, 0, u}), {1, 0}));
+  // the magnetic channel: NaN counts as lost; the first n samples, or what the record holds
+  const std::string field[] = {(vibration::dell_null_data(row({kNaN, 2, 4, 0}), 4, out), text(out)),
+                               (vibration::dell_null_data(row({kNaN, 2, 4, 9}), 3, out), text(out)),
+                               (vibration::dell_null_data(row({1, 3}), 5, out), text(out))};
+  EXPECT_EQ(field[0] + field[1] + field[2],
+            text(row({0, -1, 1, 0})) + text(row({0, -1, 1})) + text(row({-1, 1})));
+  // {run start, run length, runs} in 100 LIS344 samples: a run of 40 inside has 9 starts of a
+  // window of 32, at the very end one less, one shorter than the window none; a record all
+  // lost stays zero (no 0/0)
+  const int runs[][3] = {{10, 40, 9}, {60, 40, 8}, {10, 31, 0}, {0, 100, 68}};
+  for (const auto& c : runs) {
     std::vector<double> x(100, 1.0);
     std::fill(x.begin() + c[0], x.begin() + c[0] + c[1], 0.0);
-    Row out;
-    const LostSamples lost = c[2] == 32 ? vibration::v_data_LIS344(row(x), 1, 1, out)
-                                        : vibration::v_data_ads131_v2(row(x), 1, out);
+    lost = vibration::v_data_LIS344(row(x), 1, 1, out);
     EXPECT_EQ(text(row({lost.zeros, lost.runs, out[c[0]]})),
-              text(row({double(c[1]), double(c[3]), 0})));
+              text(row({double(c[1]), double(c[2]), 0})))
+        << "run of " << c[1] << " at " << c[0];
   }
 }
 
@@ -112,7 +95,7 @@ TEST(Conditioning, TheStatisticsOfAToneAreItsPhysics) {
   };
   const Case cases[] = {{26667, 16384, 61, vibration::kFirstGeneration, 7}, // 99.3 Hz
                         {26667, 16384, 19, vibration::kFirstGeneration, 8}, // 30.9 Hz
-                        {16000, 8192, 81, vibration::kSecondGeneration, 9}, // 158 Hz
+                        {16000, 8192, 81, vibration::kFirstGeneration, 9},  // 158 Hz
                         {2000, 4096, 61, vibration::kLIS344Form, 8}};       // 29.8 Hz
   const double g = 0.7; // amplitude of the acceleration, g
   for (const Case& c : cases) {
@@ -175,27 +158,6 @@ TEST(Conditioning, VelocityAndDisplacementFollowTheChainOnTheWrappingTimeAxis) {
     EXPECT_LT(worst[i], 1e-9 * scale[i]) << "signal " << i;
 }
 
-TEST(Conditioning, AccelerationBandsNeedTheSampleRateToReachThem) {
-  // {fs, rms_cf_2 computed, rms_cf_3 computed} in the first generation; the LIS344 form has
-  // neither at any rate
-  const double cases[][3] = {{3000, 0, 0}, {4999, 0, 0},  {5000, 1, 0},
-                             {9999, 1, 0}, {10000, 1, 1}, {26667, 1, 1}};
-  Row x, acc, vel, dsp;
-  x.set_size(1, 1024);
-  for (int k = 0; k < 1024; ++k)
-    x[k] = std::sin(0.9 * k) + std::sin(2.3 * k);
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << "fs " << c[0]);
-    vibration::ACC_VEL_DSP(x, c[0], acc, vel, dsp);
-    vibration::AxisStatistics s, lis;
-    vibration::paramData_v(1024, c[0], acc, vel, dsp, vibration::kFirstGeneration, s);
-    vibration::paramData_v(1024, c[0], acc, vel, dsp, vibration::kLIS344Form, lis);
-    EXPECT_EQ(!std::isnan(s.acc[7]), c[1] != 0);
-    EXPECT_EQ(!std::isnan(s.acc[8]), c[2] != 0);
-    EXPECT_TRUE(std::isnan(lis.acc[7]) && std::isnan(lis.acc[8]));
-  }
-}
-
 // A band by its definition: the bins round(M f1 / fs) .. round(M f2 / fs) (1-based, M = nfft + 2)
 // of the amplitude spectrum 2 |X| / n, X by a direct DFT of x padded to p n, summed and
 // divided by 2 p.
@@ -211,32 +173,30 @@ double band(const std::vector<double>& x, int p, double fs, double f1, double f2
   return std::sqrt(sum / (2 * p));
 }
 
-TEST(Conditioning, BandsAddTheBinsBetweenTheirRoundedEdges) {
+TEST(Conditioning, BandsAddTheBinsBetweenTheirRoundedEdgesWhereTheRateReachesThem) {
   std::vector<double> acc(256), vel(256), w(256);
   for (int k = 0; k < 256; ++k) {
     acc[size_t(k)] = std::sin(0.37 * k) + std::cos(1.9 * k * k / 256.0);
     vel[size_t(k)] = std::sin(0.011 * k) + std::cos(0.23 * k) + 0.1 * std::sin(2.9 * k);
     w[size_t(k)] = vel[size_t(k)] * 9.8 * 1000;
   }
-  vibration::AxisStatistics s;
-  vibration::paramData_v(256, 12000, row(acc), row(vel), row(vel), vibration::kFirstGeneration, s);
-  const double got[] = {s.acc[7], s.acc[8], s.vel[7], s.vel[8], s.vel[9]};
-  const double want[] = {band(acc, 4, 12000, 500, 2500), band(acc, 4, 12000, 2500, 5000),
-                         band(w, 16, 12000, 10, 990), band(w, 16, 12000, 2, 65),
-                         band(w, 16, 12000, 65, 300)};
-  for (int b = 0; b < 5; ++b) // FFT against the direct DFT of a few hundred terms
-    EXPECT_NEAR(got[b], want[b], 1e-12 * want[b]) << "band " << b;
-}
-
-TEST(Conditioning, DecimationAveragesEightSamplesAndDropsTheTail) {
-  coder::array<creal_T, 2> z;
-  z.set_size(1, 17);
-  for (int k = 0; k < 17; ++k)
-    z[k] = {double(k), -2.0 * k};
-  EXPECT_EQ(vibration::signal_ndec(26667, z), 26667 / 8.0);
-  ASSERT_EQ(z.numel(), 2);
-  EXPECT_EQ(z[0].re, 3.5);
-  EXPECT_EQ(z[1].im, -23.0);
+  // 500 to 2500 Hz needs floor(fs / 2) of 2500, 2500 to 5000 Hz 5000; the LIS344 form has no
+  // acceleration bands at any rate; FFT against the direct DFT of a few hundred terms
+  for (const double fs : {4999.0, 5000.0, 9999.0, 10000.0, 12000.0}) {
+    vibration::AxisStatistics s, lis;
+    vibration::paramData_v(256, fs, row(acc), row(vel), row(vel), vibration::kFirstGeneration, s);
+    vibration::paramData_v(256, fs, row(acc), row(vel), row(vel), vibration::kLIS344Form, lis);
+    const double got[] = {s.acc[7], s.acc[8], s.vel[7], s.vel[8], s.vel[9]};
+    const double want[] = {fs < 5000 ? kNaN : band(acc, 4, fs, 500, 2500),
+                           fs < 10000 ? kNaN : band(acc, 4, fs, 2500, 5000),
+                           band(w, 16, fs, 10, 990), band(w, 16, fs, 2, 65),
+                           band(w, 16, fs, 65, 300)};
+    for (int b = 0; b < 5; ++b)
+      EXPECT_TRUE(std::isnan(want[b]) ? std::isnan(got[b])
+                                      : std::fabs(got[b] - want[b]) < 1e-12 * want[b])
+          << "fs " << fs << ", band " << b << ": " << got[b] << " against " << want[b];
+    EXPECT_TRUE(std::isnan(lis.acc[7]) && std::isnan(lis.acc[8]));
+  }
 }
 
 using coder::array;

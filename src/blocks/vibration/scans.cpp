@@ -35,8 +35,7 @@ std::vector<double> colon(double lo, double step, double hi) {
   return std::vector<double>(range.data(), range.data() + range.numel());
 }
 
-template <typename T>
-Scan scanOver(const T* y, int n, double dt, const std::vector<double>& freqs) {
+Scan scanOver(const creal_T* y, int n, double dt, const std::vector<double>& freqs) {
   Scan s;
   s.sums.resize(freqs.size());
   coder::correlation_scan(y, n, dt, kFirstPhase, freqs.data(), int(freqs.size()), s.sums.data());
@@ -73,10 +72,6 @@ Scan scanGrid(const creal_T* y, int n, double dt, double f0, double step, int m)
 }
 
 Scan scanRange(const creal_T* y, int n, double dt, double lo, double step, double hi) {
-  return scanOver(y, n, dt, colon(lo, step, hi));
-}
-
-Scan scanRange(const double* y, int n, double dt, double lo, double step, double hi) {
   return scanOver(y, n, dt, colon(lo, step, hi));
 }
 

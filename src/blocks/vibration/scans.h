@@ -26,7 +26,5 @@ struct Scan {
 Scan scanGrid(const creal_T* y, int n, double dt, double f0, double step, int m);
 // The scan over the colon range lo:step:hi (its count and end points as MATLAB builds them).
 Scan scanRange(const creal_T* y, int n, double dt, double lo, double step, double hi);
-// The same for a real signal.
-Scan scanRange(const double* y, int n, double dt, double lo, double step, double hi);
 
 } // namespace vibration
