@@ -277,6 +277,9 @@ private:
   bool runFirstGeneration(DataBearing* bearing, int Lv, int Lm,
                           const std::function<void(unsigned, const vibration::BearingGeometry&,
                                                    vibration::FirstGenerationOutput&)>& block);
+  // The first active visualization named `name` at the result's channel and control point,
+  // or null: a value nobody is shown is not judged.
+  const visualization* shownHere(const std::string& name, const calc_result& result) const;
   // Whether the multichannel module of type 6 has a piece for the current point.
   bool rawMatchesPoint() const;
   // The recommendation passed with a message of type_message: the first of `candidates` that

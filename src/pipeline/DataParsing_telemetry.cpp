@@ -107,6 +107,16 @@ void DataParsing::namedValues(calc_result& result) {
   log->print("parameters from fu_raw\n");
 }
 
+const visualization* DataParsing::shownHere(const std::string& name,
+                                            const calc_result& result) const {
+  const auto found =
+      std::find_if(visualizations.begin(), visualizations.end(), [&](const visualization& v) {
+        return v.name_param == name && v.active == 1 && v.channel_id == result.channel_id &&
+               v.control_point_id == result.control_point_id;
+      });
+  return found == visualizations.end() ? nullptr : &*found;
+}
+
 bool DataParsing::computeModule2() {
   if (raws.empty()) {
     return false;
@@ -158,14 +168,9 @@ bool DataParsing::computeModule11() {
   for (const auto& [stamp, temperature] : raws.front().timed_values) {
     calc_result result = newResult(base);
     // Without a TEMPERATURE shown at this place the record still gives a result, undated.
-    for (const visualization& shown : visualizations) {
-      if (shown.name_param != "TEMPERATURE" || shown.active != 1 ||
-          shown.channel_id != result.channel_id ||
-          shown.control_point_id != result.control_point_id) {
-        continue;
-      }
-      if (shown.rul_active != 0) {
-        analyzeRul(shown);
+    if (const visualization* shown = shownHere("TEMPERATURE", result)) {
+      if (shown->rul_active != 0) {
+        analyzeRul(*shown);
       }
       if (temperature < kColdestTemperature) {
         sensorFailure(result, "TEMPERATURE", base, true);
@@ -173,7 +178,6 @@ bool DataParsing::computeModule11() {
         values["TEMPERATURE"] = static_cast<float>(temperature);
       }
       result.receipt_date = stamp;
-      break;
     }
     finishResult(result);
   }

@@ -110,12 +110,7 @@ void DataParsing::parsing_TimeSignalData(const vibration::AxisStatistics* table,
 bool DataParsing::caseTemperature() {
   const int base = kindStatusBase();
   calc_result result = newResult(base);
-  for (const visualization& shown : visualizations) {
-    if (shown.name_param != "T_CASE" || shown.active != 1 ||
-        shown.channel_id != result.channel_id ||
-        shown.control_point_id != result.control_point_id) {
-      continue;
-    }
+  if (shownHere("T_CASE", result) != nullptr) {
     for (const raw& piece : raws) {
       if (piece.param_type_id != 4 || piece.values.empty()) {
         continue;
@@ -127,7 +122,6 @@ bool DataParsing::caseTemperature() {
       }
       break;
     }
-    break;
   }
   result.receipt_date = param.receipt_date;
   finishResult(result);
@@ -267,12 +261,7 @@ bool DataParsing::windingAndBearingTemperatures() {
   const auto piece =
       std::find_if(raws.begin(), raws.end(), [](const raw& r) { return r.param_type_id == 4; });
   for (size_t k = 0; piece != raws.end() && k < piece->values.size() && k < 8; ++k) {
-    const bool shown =
-        std::any_of(visualizations.begin(), visualizations.end(), [&](const visualization& v) {
-          return v.name_param == kNames[k] && v.active == 1 && v.channel_id == result.channel_id &&
-                 v.control_point_id == result.control_point_id;
-        });
-    if (!shown) {
+    if (shownHere(kNames[k], result) == nullptr) {
       continue;
     }
     if (piece->values[k] == kNoSensorMark) {
