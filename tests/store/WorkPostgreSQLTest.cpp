@@ -180,34 +180,6 @@ TEST_F(StoreReads, GenericQueriesAndMeasurementRows) {
                 fifth +
                 "0|0|||,0|3|||,1|2|X|0x0A0B|{},reading data: ID = 5\nreading data: ID = 4\n"
                 "reading data: ID = 8\n");
-
-  // Recalculation jobs: the oldest waiting one that may run; one without a module covers all
-  // modules. A paused job marks the time it reached (read back in RECEIPT_DATE's form).
-  exec("INSERT INTO recalculation VALUES (1, 42, '2023-01-01', '2023-02-01', NULL, 1, 2, "
-       "'2023-03-01'), (2, 43, '2023-01-02', '2023-08-02', '2023-01-15 10:00', 1, 1, '2023-03-03'),"
-       "(3, NULL, '2023-01-03', '2023-02-03', NULL, 1, 1, '2023-03-02'),"
-       "(4, 44, '2023-01-04', '2023-02-04', NULL, 2, 1, '2023-03-01')");
-  // Before each read: nothing, job 3 taken, job 2 paused (state 2), job 2 resumed (state 1).
-  got = "";
-  for (const char* step : {"", "UPDATE recalculation SET state = 2 WHERE id = 3", "2", "1"}) {
-    if (step[0] == 'U')
-      exec(step);
-    else if (step[0] != '\0')
-      db->writeRecalculation(2, std::stoi(step), "2023-7-4 9:5:1." + std::string(step));
-    int id = -1;
-    long source = -1;
-    std::string start, stop, reached = "kept";
-    db->readRecalculation(id, source, start, stop, reached);
-    got += cat(id, source, start, stop, reached) + ",";
-  }
-  int state[2] = {}, control[2] = {};
-  db->getStateRecalculation(4, state[0], control[0]);
-  db->getStateRecalculation(1, state[1], control[1]);
-  db->getStateRecalculation(99, state[1], control[1]);
-  EXPECT_EQ(got + cat(state[0], control[0], state[1], control[1]),
-            "3|0|2023-01-03 00:00:00|2023-02-03 00:00:00|,2|43|2023-01-02 00:00:00|2023-08-02 "
-            "00:00:00|2023-01-15 10:00:00,-1|-1|||kept,2|43|2023-01-02 00:00:00|2023-08-02 "
-            "00:00:00|2023-07-04 09:05:01.1,2|1|1|2");
 }
 
 TEST_F(StoreReads, ModulesOfAMeasurementAndOfTheConnectivityWatch) {
