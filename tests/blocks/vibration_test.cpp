@@ -377,7 +377,7 @@ array<double, 2> field(std::initializer_list<std::pair<double, double>> lines) {
 // about 0.05 Hz (docs/vibration-bias.md).
 constexpr double kSupplyTol = 0.001 + 1e-9, kOneLineTol = 0.004, kTwoLineTol = 0.06;
 
-TEST(SpectralCorrection, SupplyAndSlipOfAMotorForEveryPolePairCountAndBothModes) {
+TEST(FieldAnalysis, SupplyAndSlipOfAMotorForEveryPolePairCountAndBothModes) {
   for (double P = 1; P <= 4; ++P) {
     for (const double supply : {49.9313, 47.3071}) {
       synth::Machine m;
@@ -405,7 +405,7 @@ TEST(SpectralCorrection, SupplyAndSlipOfAMotorForEveryPolePairCountAndBothModes)
   EXPECT_EQ(text(row({five.F, five.fr, five.s, slow.F, slow.fr})), text(row({0, 0, 0, 0, 0})));
 }
 
-TEST(SpectralCorrection, AWeakOrCrowdedFieldIsAnError) {
+TEST(FieldAnalysis, AWeakOrCrowdedFieldIsAnError) {
   // {supply line, second line at 49.8 Hz, line far out of the scan at 150 Hz, filter mode,
   // error}: amp1 wants a peak-to-peak above 500 counts, and a supply line 55 dB over the
   // field's RMS or 3 dB over the next line; amp2 only 35 dB over the RMS
