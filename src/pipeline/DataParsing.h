@@ -260,6 +260,10 @@ private:
   // Modules 103 to 105 with type_param 200 or 201: each named piece's first value under its
   // name, U_BATTERY clamped to 0..100.
   void namedValues(calc_result& result);
+  // Wireless vibration modules 101 and 102 with type_param 200 or 201: the module computed its
+  // parameters itself and names each piece by its sub-channel; the names' axes follow the
+  // channel's axis order. A velocity above the limit on the axes `velocity_names` fails it.
+  bool precomputedValues(const std::vector<std::string>& velocity_names);
   // The statistics tables of a vibration block as parameters: ACC_, VEL_ and DSP_ rows of
   // each axis, suffixed _X, _Y, _Z for three axes, _X, _Y for two, nothing for one.
   void parsing_TimeSignalData(const vibration::AxisStatistics* table, int axes);

@@ -19,8 +19,14 @@ bool DataParsing::computeModule7(DataMotor*, DataBearing*) {
   return false;
 }
 bool DataParsing::computeModule101(DataMotor*, DataBearing*) {
+  if (type_param == 200 || type_param == 201) {
+    return precomputedValues({"VEL_RMS_CF_4_X", "VEL_RMS_CF_4_Y", "VEL_RMS_CF_4_Z"});
+  }
   return false;
 }
 bool DataParsing::computeModule102(DataMotor*, DataBearing*) {
+  if (type_param == 200 || type_param == 201) {
+    return precomputedValues({"VEL_RMS_CF_4"});
+  }
   return false;
 }

@@ -1,12 +1,14 @@
 // The simple sensor modules: pressure transmitter (2), up to four temperature sensors (8),
 // temperature with timed records (11) and the wireless temperature, humidity, pressure and
-// valve modules (103 to 106). Their rows carry values, not signals: each value goes into
+// valve modules (103 to 106), and the wireless vibration modules (101, 102) when they send
+// parameters they computed themselves. Their rows carry values, not signals: each value goes into
 // `values` under its parameter name and leaves as a result without a math block. A sensor that
 // reports a value it cannot measure gives a result all the same, with NaN and the failed
 // status, so that the display shows the failure at its time.
 #include "pipeline/DataParsing.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
@@ -31,6 +33,9 @@ constexpr double kHottestWirelessTemperature = 300.0;
 // A battery charge is a percentage.
 constexpr double kBatteryEmpty = 0.0;
 constexpr double kBatteryFull = 100.0;
+// A wireless vibration module whose own velocity RMS exceeds this (mm/s) on an axis reports a
+// failed measurement rather than a machine that shakes so.
+constexpr double kMostPrecomputedVelocity = 20.0;
 
 // A stored forecast curve: "\x", then records of a 64-bit time and a 32-bit float value.
 constexpr std::size_t kCurvePrefix = 2;
@@ -105,6 +110,47 @@ void DataParsing::namedValues(calc_result& result) {
   }
   result.has_raw_data = false;
   log->print("parameters from fu_raw\n");
+}
+
+bool DataParsing::precomputedValues(const std::vector<std::string>& velocity_names) {
+  calc_result result = newResult(kindStatusBase());
+  result.receipt_date = param.receipt_date;
+  const bool turned = std::any_of(channels.begin(), channels.end(),
+                                  [](const channel& c) { return !c.axis_order.empty(); });
+  for (const raw& piece : raws) {
+    if (piece.sub_channel.empty() || piece.values.empty()) {
+      continue;
+    }
+    double value = piece.values.front();
+    std::string name = piece.sub_channel;
+    if (name == "U_BATTERY") {
+      value = std::min(std::max(value, kBatteryEmpty), kBatteryFull);
+    } else if (turned) {
+      // The module names its axes as it is mounted; the machine's axes are those of the
+      // channel's axis order.
+      const char last = static_cast<char>(std::tolower(static_cast<unsigned char>(name.back())));
+      const auto axis = axes_xyz_first.find(std::string(1, last));
+      if (axis != axes_xyz_first.end() && !axis->second.empty()) {
+        name.back() = axis->second[0];
+      }
+      for (char& c : name) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+      }
+    }
+    values[name] = static_cast<float>(value);
+  }
+  result.has_raw_data = false;
+  log->print("parameters from fu_raw\n");
+  const bool all_axes = std::all_of(velocity_names.begin(), velocity_names.end(),
+                                    [&](const std::string& n) { return values.count(n) != 0; });
+  if (all_axes &&
+      std::any_of(velocity_names.begin(), velocity_names.end(), [&](const std::string& n) {
+        return double(values[n]) > kMostPrecomputedVelocity;
+      })) {
+    result.status_calc = 1;
+  }
+  finishResult(result);
+  return true;
 }
 
 const visualization* DataParsing::shownHere(const std::string& name,
