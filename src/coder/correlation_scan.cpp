@@ -1,5 +1,7 @@
 #include "coder/correlation_scan.h"
 
+#include "coder/chirp_z.h"
+
 #include <cmath>
 #include <vector>
 
@@ -133,6 +135,15 @@ void scan(const double* y, int n, double dt, int first_phase, const double* freq
   }
 }
 
+// The kernel above costs about this per sample and grid point (in lanes of eight), ns.
+constexpr double kPhasorNs = 0.55;
+
+// The cost rule: the chirp-z transform where its estimated time is below the kernel's.
+bool prefersChirpZ(int n, int m) {
+  const double lanes = double((m + kLanes - 1) / kLanes * kLanes);
+  return n > 0 && m > 0 && kPhasorNs * n * lanes > internal::chirpZCost(n, m);
+}
+
 std::vector<double> gridOf(double f0, double step, int m) {
   std::vector<double> freqs(m > 0 ? static_cast<size_t>(m) : 0U);
   for (int i = 0; i < m; ++i)
@@ -144,13 +155,22 @@ std::vector<double> gridOf(double f0, double step, int m) {
 
 void correlation_scan(const creal_T* y, int n, double dt, int first_phase, const double* freqs,
                       int m, creal_T* out) {
-  // creal_T is two adjacent doubles, so the signal is read as an interleaved double array.
-  scan<true>(reinterpret_cast<const double*>(y), n, dt, first_phase, freqs, m, out);
+  if (prefersChirpZ(n, m) && internal::chirpZScan(y, n, dt, first_phase, freqs, m, out))
+    return;
+  internal::correlation_scan_phasor(y, n, dt, first_phase, freqs, m, out);
 }
 
 void correlation_scan(const double* y, int n, double dt, int first_phase, const double* freqs,
                       int m, creal_T* out) {
+  if (prefersChirpZ(n, m) && internal::chirpZScan(y, n, dt, first_phase, freqs, m, out))
+    return;
   scan<false>(y, n, dt, first_phase, freqs, m, out);
+}
+
+void internal::correlation_scan_phasor(const creal_T* y, int n, double dt, int first_phase,
+                                       const double* freqs, int m, creal_T* out) {
+  // creal_T is two adjacent doubles, so the signal is read as an interleaved double array.
+  scan<true>(reinterpret_cast<const double*>(y), n, dt, first_phase, freqs, m, out);
 }
 
 void correlation_scan_grid(const creal_T* y, int n, double dt, int first_phase, double f0,

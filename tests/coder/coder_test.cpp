@@ -3,6 +3,7 @@
 // rules, identities, direct sums in extended precision, and the degenerate inputs.
 #include "coder/FftPlanCache.h"
 #include "coder/binary_expand_op.h"
+#include "coder/chirp_z.h"
 #include "coder/correlation_scan.h"
 #include "coder/cumtrapz.h"
 #include "coder/detrend.h"
@@ -803,15 +804,21 @@ TEST(Firls, FixedFormsOfTheBlocksAndTheCache) {
   EXPECT_TRUE(near(toVector(ramp), series, 1e-15)); // closed-form sinc sums: rounding
 }
 
-// The correlation scan (the grid forms call the list forms) against the sum in extended
+// The correlation scan (the grid forms call the list forms, which choose the phasor kernel or
+// the chirp-z transform by cost; both are also held to it alone) against the sum in extended
 // precision: every sum within kScanBound of sum|y|; the direct form rounds 2 pi f k dt at phases
 // up to 1e4 rad, errors adding up over a line in the band (1.3e-13 of sum|y| measured).
 constexpr double kScanBound = 5e-14, kDirectBound = 5e-13;
 
 TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
   // n, dt, f0, step, m, first phase: the decimated rotor searches, the right line moving down,
-  // cor_for counting the phase from 0, one and two samples, a prime length
+  // cor_for counting the phase from 0, one and two samples, a prime length; at the full rate
+  // the rotor search, a bearing line and the imbalance; the 16-fold padded velocity spectrum
   const double cases[][6] = {{16384, 8 / 26667.0, 47, 0.01, 401, 1},
+                             {16384, 1 / 26667.0, 22, 0.01, 401, 1},
+                             {16384, 1 / 26667.0, 127.3, 0.01, 201, 1},
+                             {16384, 1 / 26667.0, 24.08, 0.001, 201, 1},
+                             {16384, 1 / 262144.0, 20, 1, 9713, 0},
                              {2048, 8 / 26667.0, 7, 0.01, 5401, 1},
                              {4096, 0.002, 75, -0.002, 300, 1},
                              {20000, 1e-4, 49.8, 0.002, 201, 0},
@@ -824,7 +831,7 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
     const int n = int(c[0]), m = int(c[4]), first = int(c[5]);
     // a line near the band, its harmonic and noise, like a velocity's analytic signal
     std::vector<creal_T> y(static_cast<size_t>(n));
-    std::vector<std::vector<creal_T>> out(3, std::vector<creal_T>(static_cast<size_t>(m)));
+    std::vector<std::vector<creal_T>> out(5, std::vector<creal_T>(static_cast<size_t>(m)));
     V re(y.size());
     double scale = 0.0;
     for (size_t k = 0; k < y.size(); ++k) {
@@ -836,7 +843,14 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
     }
     coder::correlation_scan_grid(y.data(), n, c[1], first, c[2], c[3], m, out[0].data());
     coder::correlation_scan_grid(re.data(), n, c[1], first, c[2], c[3], m, out[1].data());
-    for (int i = 0; i < m; i += (m > 50 ? 13 : 1)) { // every 13th point on long grids
+    V grid(static_cast<size_t>(m));
+    for (int i = 0; i < m; ++i)
+      grid[size_t(i)] = c[2] + i * c[3];
+    coder::internal::correlation_scan_phasor(y.data(), n, c[1], first, grid.data(), m,
+                                             out[3].data());
+    ASSERT_TRUE(
+        coder::internal::chirpZScan(y.data(), n, c[1], first, grid.data(), m, out[4].data()));
+    for (int i = 0; i < m; i += (m > 2000 ? 61 : m > 50 ? 13 : 1)) { // a sample of long grids
       const double fi = c[2] + i * c[3];
       coder::correlation_scan_direct(y.data(), n, c[1], first, &fi, 1, &out[2][size_t(i)]);
       long double want[2][2] = {}; // the complex signal's sum, then its real part's
@@ -848,7 +862,7 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
         want[1][0] += y[k].re * std::cos(q);
         want[1][1] -= y[k].re * std::sin(q);
       }
-      for (int form = 0; form < 3; ++form) {
+      for (int form = 0; form < 5; ++form) {
         const creal_T got = out[form][size_t(i)];
         const long double* w = want[form == 1];
         ASSERT_LE(std::hypot(got.re - double(w[0]), got.im - double(w[1])) / scale,
@@ -857,13 +871,48 @@ TEST(CorrelationScan, AgreesWithExtendedPrecisionSumOnBlockGrids) {
       }
     }
   }
-  // a NaN frequency spoils only its own sum; no samples: sums of 0
-  const V x = {1.0, 2.0}, f = {1.0, kNaN, 2.0};
+  // a NaN frequency spoils only its own sum; no samples: sums of 0; the chirp-z leaves a NaN
+  // signal and points off a grid to the kernel
+  const V x = {1.0, 2.0}, f = {1.0, kNaN, 2.0}, g = {1.0, 2.0, 3.5}, z = {1.0, kNaN};
   creal_T out[4];
+  EXPECT_FALSE(coder::internal::chirpZScan(x.data(), 2, 0.01, 1, f.data(), 3, out) ||
+               coder::internal::chirpZScan(x.data(), 2, 0.01, 1, g.data(), 3, out) ||
+               coder::internal::chirpZScan(z.data(), 2, 0.01, 1, g.data(), 2, out));
   coder::correlation_scan(x.data(), 2, 0.01, 1, f.data(), 3, out);
   coder::correlation_scan(x.data(), 0, 0.01, 1, f.data(), 1, out + 3);
   same({out[0].re, out[1].re, out[2].re, out[3].re, out[3].im}, {out[0].re, kNaN, out[2].re, 0, 0});
   EXPECT_FALSE(std::isnan(out[0].re + out[0].im + out[2].re + out[2].im));
+}
+
+// The FFT convolution of long tap sets against the direct form, relative to sum|b| max|x|: the
+// rotor search's 501 taps over a record, the magnetic channel's 301 over its padded record,
+// the shortest set it takes, a record shorter than a transform's block; a NaN keeps
+// the direct form, and reaches only the outputs after it.
+TEST(Filter, FftConvolutionAgreesWithTheDirectForm) {
+  const int cases[][2] = {{501, 16384}, {301, 4596}, {64, 1024}, {1001, 1500}};
+  std::mt19937 gen(5U);
+  std::normal_distribution<double> normal(0.0, 1.0);
+  for (const auto& c : cases) {
+    V b(static_cast<size_t>(c[0])), xr(static_cast<size_t>(c[1])), yr[2] = {xr, xr};
+    std::vector<creal_T> x(xr.size()), y[2] = {x, x};
+    double scale = 0.0, worst = 0.0;
+    for (double& v : b)
+      scale += std::fabs(v = normal(gen));
+    for (size_t k = 0; k < x.size(); ++k)
+      x[k] = {xr[k] = normal(gen), normal(gen)};
+    coder::internal::firFilter(b.data(), c[0], x.data(), c[1], y[0].data());
+    coder::internal::firFilterDirect(b.data(), c[0], x.data(), c[1], y[1].data());
+    coder::internal::firFilter(b.data(), c[0], xr.data(), c[1], yr[0].data());
+    coder::internal::firFilterDirect(b.data(), c[0], xr.data(), c[1], yr[1].data());
+    for (size_t k = 0; k < x.size(); ++k)
+      worst = std::max({worst, std::hypot(y[0][k].re - y[1][k].re, y[0][k].im - y[1][k].im),
+                        std::fabs(yr[0][k] - yr[1][k])});
+    EXPECT_LE(worst / (scale * 5.0), coder::internal::kFirFftTolerance) << c[0] << " taps";
+    const size_t lost = xr.size() / 2;
+    xr[lost] = kNaN;
+    coder::internal::firFilter(b.data(), c[0], xr.data(), c[1], yr[0].data());
+    EXPECT_TRUE(std::isnan(yr[0][lost]) && !std::isnan(yr[0][lost - 1])) << c[0] << " taps";
+  }
 }
 
 } // namespace

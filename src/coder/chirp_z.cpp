@@ -1,0 +1,291 @@
+#include "coder/chirp_z.h"
+
+#include "coder/FftPlanCache.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <vector>
+
+namespace coder {
+namespace internal {
+namespace {
+
+// Points off the grid are reached to first order while the largest turn of a term, 2 pi
+// times the offset in cycles times the last phase index, stays below kFirstOrderTurn (the
+// second order, half its square, is then below 1e-16); below kNegligibleTurn the turn moves
+// no sum by more than that fraction of sum|y|, and is left out.
+constexpr double kFirstOrderTurn = 1e-8, kNegligibleTurn = 1e-15;
+
+// Error-free products (Dekker): a * b = p + e exactly. This file is compiled without
+// fused multiply-add contraction, on which the splitting depends.
+void twoProduct(double a, double b, double* p, double* e) {
+  constexpr double kSplitter = 134217729.0; // 2^27 + 1
+  const double ca = kSplitter * a, cb = kSplitter * b;
+  const double ah = ca - (ca - a), al = a - ah;
+  const double bh = cb - (cb - b), bl = b - bh;
+  *p = a * b;
+  *e = ((ah * bh - *p) + ah * bl + al * bh) + al * bl;
+}
+
+// Round to the nearest integer, ties to even, for |x| < 2^51: exact, and free of the
+// library call that nearbyint costs in a loop.
+double roundNearest(double x) {
+  constexpr double kShifter = 6755399441055744.0; // 1.5 * 2^52
+  return (x + kShifter) - kShifter;
+}
+
+// The fraction of a cycle of r * q, in [-0.5, 0.5], for a q that is an exact double (an
+// integer or half an integer) and |r.hi * q| < 2^50.
+inline double fractionOf(const Cycles& r, double q) {
+  double p, e;
+  twoProduct(r.hi, q, &p, &e);
+  const double whole = p - roundNearest(p); // exact
+  const double t = whole + (e + r.lo * q);
+  return t - roundNearest(t);
+}
+
+struct InverseFactorials {
+  double v[24];
+  constexpr InverseFactorials() : v() {
+    double factorial = 1.0;
+    for (int j = 0; j < 24; ++j) {
+      factorial *= j > 0 ? j : 1;
+      v[j] = 1.0 / factorial;
+    }
+  }
+  constexpr double operator[](int j) const { return v[j]; }
+};
+constexpr InverseFactorials kInverseFactorials;
+
+// cos(2 pi c[k]) and sin(2 pi c[k]) for c[k] in [-0.5, 0.5], k < count; the cosines replace
+// the fractions. The half cycle is taken off exactly and the rest, within pi / 2, goes
+// through the Taylor series to the 23rd power (truncation below 1e-19): the values are
+// correct to a few units of 1e-16. No branches and no library calls, so that the loop runs
+// in vector registers.
+void unitCircles(double* c, double* sine, int count) {
+  constexpr double kTwoPi = 6.283185307179586;
+  for (int k = 0; k < count; ++k) {
+    const double half = roundNearest(2.0 * c[k]);
+    const double x = (c[k] - 0.5 * half) * kTwoPi, x2 = x * x;
+    // Horner from the 23rd and 22nd powers down: sin x = x (1 - x2 s), cos x = 1 - x2 q
+    double s = kInverseFactorials[23], q = kInverseFactorials[22];
+    for (int j = 21; j >= 3; j -= 2) {
+      s = kInverseFactorials[j] - x2 * s;
+      q = kInverseFactorials[j - 1] - x2 * q;
+    }
+    const double sign = 1.0 - 2.0 * half * half; // a half turn negates both
+    sine[k] = sign * (x * (1.0 - x2 * s));
+    c[k] = sign * (1.0 - x2 * q);
+  }
+}
+
+// Phases are only ever needed modulo one cycle: a modulo 1 (it multiplies integers) and s
+// modulo 2 (it multiplies halves of squares), which keeps every product below 2^50.
+Cycles reduced(Cycles r, double period) {
+  const double turns = period * roundNearest(r.hi / period);
+  return Cycles{r.hi - turns, r.lo};
+}
+
+template <bool IsComplex>
+void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T* out,
+               const double* shift) {
+  if (m <= 0)
+    return;
+  if (n <= 0) {
+    for (int i = 0; i < m; ++i)
+      out[i] = creal_T{0.0, 0.0};
+    return;
+  }
+  a = reduced(a, 1.0);
+  s = reduced(s, 2.0);
+  const int length = chirpZLength(n, m);
+  const size_t count = static_cast<size_t>(length);
+  FftBuffer<fftw_complex> work(count), signal(count), kernel(count);
+  // The second transform, of (k + p) * y[k], only where some point lies off the grid.
+  const FftBuffer<fftw_complex> ramp(shift != nullptr ? count : 1);
+  FftPlanCache& plans = FftPlanCache::instance();
+  const auto forward = plans.plan(FftPlanCache::Kind::ComplexForward, length);
+  const auto backward = plans.plan(FftPlanCache::Kind::ComplexBackward, length);
+
+  // The signal times the chirp exp(-j 2 pi (a K + s K^2 / 2)), K = k + p.
+  std::vector<double> cosine(count), sine(count);
+  for (int k = 0; k < n; ++k) {
+    const double K = static_cast<double>(k) + p;
+    const double cycles = fractionOf(a, K) + fractionOf(s, K * K / 2.0);
+    cosine[static_cast<size_t>(k)] = cycles - roundNearest(cycles);
+  }
+  unitCircles(cosine.data(), sine.data(), n);
+  for (size_t k = 0; k < static_cast<size_t>(n); ++k) {
+    const double yr = IsComplex ? y[2 * k] : y[k], yi = IsComplex ? y[2 * k + 1] : 0.0;
+    work[k][0] = yr * cosine[k] + yi * sine[k];
+    work[k][1] = yi * cosine[k] - yr * sine[k];
+    if (shift != nullptr) {
+      const double K = static_cast<double>(k) + p;
+      ramp[k][0] = work[k][0] * K;
+      ramp[k][1] = work[k][1] * K;
+    }
+  }
+  for (size_t k = static_cast<size_t>(n); k < count; ++k) {
+    work[k][0] = work[k][1] = 0.0;
+    if (shift != nullptr)
+      ramp[k][0] = ramp[k][1] = 0.0;
+  }
+  fftw_execute_dft(forward.get(), work.get(), signal.get());
+
+  // The kernel exp(+j 2 pi s d^2 / 2) at d = p - t for the lags t = i - k from -(n - 1) to
+  // length - n, held circularly.
+  for (int index = 0; index < length; ++index) {
+    const double d = p - (index <= length - n ? index : static_cast<double>(index) - length);
+    cosine[static_cast<size_t>(index)] = fractionOf(s, d * d / 2.0);
+  }
+  unitCircles(cosine.data(), sine.data(), length);
+  for (size_t k = 0; k < count; ++k) {
+    work[k][0] = cosine[k];
+    work[k][1] = sine[k];
+  }
+  fftw_execute_dft(forward.get(), work.get(), kernel.get());
+
+  // The circular convolutions: the sums' in signal, the ramp's in work.
+  const auto convolve = [&](fftw_complex* spectrum, fftw_complex* product, fftw_complex* result) {
+    for (size_t k = 0; k < count; ++k) {
+      const double re = spectrum[k][0] * kernel[k][0] - spectrum[k][1] * kernel[k][1];
+      product[k][1] = spectrum[k][0] * kernel[k][1] + spectrum[k][1] * kernel[k][0];
+      product[k][0] = re;
+    }
+    fftw_execute_dft(backward.get(), product, result);
+  };
+  convolve(signal.get(), work.get(), signal.get());
+  if (shift != nullptr) {
+    fftw_execute_dft(forward.get(), ramp.get(), work.get());
+    convolve(work.get(), ramp.get(), work.get());
+  }
+
+  // The convolution at lag i, unscaled by the inverse, times exp(-j 2 pi s i^2 / 2); a point
+  // off the grid by e cycles turns each term by exp(-j 2 pi e K), to first order
+  // 1 - j 2 pi e K: the ramp's sum times -j 2 pi e is added.
+  const double scale = static_cast<double>(length);
+  for (int i = 0; i < m; ++i)
+    cosine[static_cast<size_t>(i)] = fractionOf(s, static_cast<double>(i) * i / 2.0);
+  unitCircles(cosine.data(), sine.data(), m);
+  for (int i = 0; i < m; ++i) {
+    const double c = cosine[static_cast<size_t>(i)], sn = sine[static_cast<size_t>(i)];
+    const size_t at = static_cast<size_t>(i);
+    const double gr = signal[at][0] / scale, gi = signal[at][1] / scale;
+    out[i].re = gr * c + gi * sn;
+    out[i].im = gi * c - gr * sn;
+    if (shift != nullptr) {
+      const double dr = work[at][0] / scale, di = work[at][1] / scale;
+      const double turn = 6.283185307179586 * shift[i];
+      out[i].re += turn * (di * c - dr * sn);
+      out[i].im -= turn * (dr * c + di * sn);
+    }
+  }
+}
+
+// Knuth's error-free sum: a + b = s + e exactly.
+void twoSum(double a, double b, double* s, double* e) {
+  *s = a + b;
+  const double bb = *s - a;
+  *e = (a - (*s - bb)) + (b - bb);
+}
+
+bool finite(const double* v, int count) {
+  double zero = 0.0;
+  for (int k = 0; k < count; ++k)
+    zero += v[k] * 0.0; // NaN for a NaN or an infinity
+  return zero == 0.0;
+}
+
+template <typename T>
+bool scanNearGrid(const T* y, int n, double dt, int p, const double* freqs, int m, creal_T* out) {
+  constexpr int kValues = int(sizeof(T) / sizeof(double));
+  if (n <= 0 || m <= 0 || double(n) + double(m) >= kChirpZMaxLength || !std::isfinite(dt) ||
+      !finite(freqs, m) || !finite(reinterpret_cast<const double*>(y), kValues * n))
+    return false;
+  // The grid through the first and the last point, and how far each point lies off it,
+  // exactly: freqs[i] - f0 - i * step in error-free parts.
+  const double f0 = freqs[0], step = m > 1 ? (freqs[m - 1] - f0) / (m - 1) : 0.0;
+  std::vector<double> shift(static_cast<size_t>(m));
+  double farthest = 0.0;
+  for (int i = 0; i < m; ++i) {
+    double along, along_error, rise, rise_error;
+    twoProduct(static_cast<double>(i), step, &along, &along_error);
+    twoSum(freqs[i], -f0, &rise, &rise_error);
+    const double off = ((rise - along) + rise_error) - along_error;
+    shift[static_cast<size_t>(i)] = off * dt;
+    farthest = std::max(farthest, std::fabs(off * dt));
+  }
+  const double turn = 6.283185307179586 * farthest * (n + std::abs(p));
+  if (!(turn <= kFirstOrderTurn))
+    return false;
+  chirpZ(y, n, cyclesPerSample(f0, dt), cyclesPerSample(step, dt), p, m, out,
+         turn > kNegligibleTurn ? shift.data() : nullptr);
+  return true;
+}
+
+bool smooth(int v) {
+  for (int f : {2, 3, 5, 7}) {
+    while (v % f == 0)
+      v /= f;
+  }
+  return v == 1;
+}
+
+} // namespace
+
+bool chirpZScan(const creal_T* y, int n, double dt, int first_phase, const double* freqs, int m,
+                creal_T* out) {
+  return scanNearGrid(y, n, dt, first_phase, freqs, m, out);
+}
+
+bool chirpZScan(const double* y, int n, double dt, int first_phase, const double* freqs, int m,
+                creal_T* out) {
+  return scanNearGrid(y, n, dt, first_phase, freqs, m, out);
+}
+
+Cycles cyclesPerSample(double f, double dt) {
+  Cycles r;
+  twoProduct(f, dt, &r.hi, &r.lo);
+  return r;
+}
+
+Cycles cyclesOfBin(double k, double n) {
+  // hi = k / n rounded; the remainder k - hi * n is exact in two parts, and its quotient
+  // by n is the low part.
+  Cycles r;
+  r.hi = k / n;
+  double p, e;
+  twoProduct(r.hi, n, &p, &e);
+  r.lo = ((k - p) - e) / n;
+  return r;
+}
+
+void chirpZ(const creal_T* y, int n, Cycles a, Cycles s, int p, int m, creal_T* out,
+            const double* shift) {
+  // creal_T is two adjacent doubles, so the signal is read as an interleaved double array.
+  transform<true>(reinterpret_cast<const double*>(y), n, a, s, p, m, out, shift);
+}
+
+void chirpZ(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T* out,
+            const double* shift) {
+  transform<false>(y, n, a, s, p, m, out, shift);
+}
+
+int chirpZLength(int n, int m) {
+  int length = n + m - 1 > 1 ? n + m - 1 : 1;
+  while (!smooth(length))
+    ++length;
+  return length;
+}
+
+double chirpZCost(int n, int m) {
+  // Measured on the blocks' lengths: three complex transforms at about 0.6 ns per point and
+  // stage, and some 9 ns per sample, lag and point for the phases and products around them.
+  constexpr double kTransformNs = 0.6, kPhaseNs = 9.0;
+  const double length = chirpZLength(n, m);
+  return 3.0 * kTransformNs * length * std::log2(length) + kPhaseNs * (n + length + m);
+}
+
+} // namespace internal
+} // namespace coder
