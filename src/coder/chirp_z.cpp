@@ -5,6 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace coder {
@@ -87,6 +92,76 @@ Cycles reduced(Cycles r, double period) {
   return Cycles{r.hi - turns, r.lo};
 }
 
+// The transformed kernel depends on the grid's step, the first phase and the lengths only, not
+// on the signal or where the grid starts: the scans of one record at one step (the four
+// bearing lines of every axis, a harmonic's window on each axis) share it. Kernels are kept
+// up to kKeptPoints in all, the least recently used given up first; a kernel is a pure
+// function of its key, so keeping it changes no result.
+class KernelCache {
+public:
+  using Spectrum = std::shared_ptr<const FftBuffer<fftw_complex>>;
+  static constexpr size_t kKeptPoints = size_t(1) << 18;
+
+  static KernelCache& instance() {
+    static KernelCache* cache = new KernelCache(); // kept to the end, as the plans
+    return *cache;
+  }
+
+  Spectrum spectrum(const Cycles& s, int p, int n, int length) {
+    const Key key{s.hi, s.lo, p, n, length};
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      for (auto e = entries_.begin(); e != entries_.end(); ++e) {
+        if (e->first == key) {
+          entries_.splice(entries_.begin(), entries_, e);
+          return entries_.front().second;
+        }
+      }
+    }
+    Spectrum made = make(s, p, n, length);
+    const size_t points = static_cast<size_t>(length);
+    if (points > kKeptPoints / 2)
+      return made;
+    std::lock_guard<std::mutex> lock(mutex_);
+    entries_.emplace_front(key, made);
+    kept_ += points;
+    while (kept_ > kKeptPoints) {
+      kept_ -= static_cast<size_t>(std::get<4>(entries_.back().first));
+      entries_.pop_back();
+    }
+    return made;
+  }
+
+private:
+  using Key = std::tuple<double, double, int, int, int>;
+
+  // The kernel exp(+j 2 pi s d^2 / 2) at d = p - t for the lags t = i - k from -(n - 1) to
+  // length - n, held circularly, and transformed.
+  static Spectrum make(const Cycles& s, int p, int n, int length) {
+    const size_t count = static_cast<size_t>(length);
+    std::vector<double> cosine(count), sine(count);
+    for (int index = 0; index < length; ++index) {
+      const double d = p - (index <= length - n ? index : static_cast<double>(index) - length);
+      cosine[static_cast<size_t>(index)] = fractionOf(s, d * d / 2.0);
+    }
+    unitCircles(cosine.data(), sine.data(), length);
+    FftBuffer<fftw_complex> work(count);
+    for (size_t k = 0; k < count; ++k) {
+      work[k][0] = cosine[k];
+      work[k][1] = sine[k];
+    }
+    auto spectrum = std::make_shared<FftBuffer<fftw_complex>>(count);
+    fftw_execute_dft(
+        FftPlanCache::instance().plan(FftPlanCache::Kind::ComplexForward, length).get(), work.get(),
+        spectrum->get());
+    return spectrum;
+  }
+
+  std::mutex mutex_;
+  std::list<std::pair<Key, Spectrum>> entries_;
+  size_t kept_ = 0;
+};
+
 template <bool IsComplex>
 void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T* out,
                const double* shift) {
@@ -101,7 +176,7 @@ void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T
   s = reduced(s, 2.0);
   const int length = chirpZLength(n, m);
   const size_t count = static_cast<size_t>(length);
-  FftBuffer<fftw_complex> work(count), signal(count), kernel(count);
+  FftBuffer<fftw_complex> work(count), signal(count);
   // The second transform, of (k + p) * y[k], only where some point lies off the grid.
   const FftBuffer<fftw_complex> ramp(shift != nullptr ? count : 1);
   FftPlanCache& plans = FftPlanCache::instance();
@@ -133,24 +208,14 @@ void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T
   }
   fftw_execute_dft(forward.get(), work.get(), signal.get());
 
-  // The kernel exp(+j 2 pi s d^2 / 2) at d = p - t for the lags t = i - k from -(n - 1) to
-  // length - n, held circularly.
-  for (int index = 0; index < length; ++index) {
-    const double d = p - (index <= length - n ? index : static_cast<double>(index) - length);
-    cosine[static_cast<size_t>(index)] = fractionOf(s, d * d / 2.0);
-  }
-  unitCircles(cosine.data(), sine.data(), length);
-  for (size_t k = 0; k < count; ++k) {
-    work[k][0] = cosine[k];
-    work[k][1] = sine[k];
-  }
-  fftw_execute_dft(forward.get(), work.get(), kernel.get());
+  const KernelCache::Spectrum kernel = KernelCache::instance().spectrum(s, p, n, length);
 
   // The circular convolutions: the sums' in signal, the ramp's in work.
   const auto convolve = [&](fftw_complex* spectrum, fftw_complex* product, fftw_complex* result) {
     for (size_t k = 0; k < count; ++k) {
-      const double re = spectrum[k][0] * kernel[k][0] - spectrum[k][1] * kernel[k][1];
-      product[k][1] = spectrum[k][0] * kernel[k][1] + spectrum[k][1] * kernel[k][0];
+      const fftw_complex& h = (*kernel)[k];
+      const double re = spectrum[k][0] * h[0] - spectrum[k][1] * h[1];
+      product[k][1] = spectrum[k][0] * h[1] + spectrum[k][1] * h[0];
       product[k][0] = re;
     }
     fftw_execute_dft(backward.get(), product, result);
@@ -216,11 +281,42 @@ bool scanNearGrid(const T* y, int n, double dt, int p, const double* freqs, int 
     shift[static_cast<size_t>(i)] = off * dt;
     farthest = std::max(farthest, std::fabs(off * dt));
   }
-  const double turn = 6.283185307179586 * farthest * (n + std::abs(p));
+  const double reach = 6.283185307179586 * dt * (n + std::abs(p)); // radians per Hz
+  const double turn = reach * farthest / dt;
   if (!(turn <= kFirstOrderTurn))
     return false;
-  chirpZ(y, n, cyclesPerSample(f0, dt), cyclesPerSample(step, dt), p, m, out,
-         turn > kNegligibleTurn ? shift.data() : nullptr);
+  const Cycles a = cyclesPerSample(f0, dt), s = cyclesPerSample(step, dt);
+  // A fine grid (the sums change little from point to point) gives the slope of the sums by
+  // differences of second order, error (reach * step)^2 / 3 of it; a coarse one, or a point
+  // farther off, takes the ramp's transform.
+  const double bend = reach * step * reach * step / 3.0;
+  if (turn <= kNegligibleTurn || m < 3 || turn * bend > kNegligibleTurn / 10.0) {
+    chirpZ(y, n, a, s, p, m, out, turn > kNegligibleTurn ? shift.data() : nullptr);
+    return true;
+  }
+  chirpZ(y, n, a, s, p, m, out);
+  std::vector<creal_T> slope(static_cast<size_t>(m));
+  for (int i = 0; i < m; ++i) {
+    // central differences, and one-sided ones of the same order at the ends
+    const int c = std::min(std::max(i, 1), m - 2);
+    const double w0 = i < c   ? -1.5
+                      : i > c ? 0.5
+                              : -0.5,
+                 w1 = i < c   ? 2.0
+                      : i > c ? -2.0
+                              : 0.0,
+                 w2 = i < c   ? -0.5
+                      : i > c ? 1.5
+                              : 0.5;
+    slope[static_cast<size_t>(i)] = {
+        (w0 * out[c - 1].re + w1 * out[c].re + w2 * out[c + 1].re) / step,
+        (w0 * out[c - 1].im + w1 * out[c].im + w2 * out[c + 1].im) / step};
+  }
+  for (int i = 0; i < m; ++i) {
+    const double off = shift[static_cast<size_t>(i)] / dt; // Hz
+    out[i].re += off * slope[static_cast<size_t>(i)].re;
+    out[i].im += off * slope[static_cast<size_t>(i)].im;
+  }
   return true;
 }
 
@@ -280,11 +376,13 @@ int chirpZLength(int n, int m) {
 }
 
 double chirpZCost(int n, int m) {
-  // Measured on the blocks' lengths: three complex transforms at about 0.6 ns per point and
-  // stage, and some 9 ns per sample, lag and point for the phases and products around them.
+  // Measured on the blocks' lengths: two complex transforms at about 0.6 ns per point and
+  // stage, and some 9 ns per sample and point for the phases and products around them; the
+  // kernel (one more transform, and the phases of its lags) is counted at a quarter, since
+  // the scans of a block share most of theirs.
   constexpr double kTransformNs = 0.6, kPhaseNs = 9.0;
   const double length = chirpZLength(n, m);
-  return 3.0 * kTransformNs * length * std::log2(length) + kPhaseNs * (n + length + m);
+  return 2.25 * kTransformNs * length * std::log2(length) + kPhaseNs * (n + m + 0.25 * length);
 }
 
 } // namespace internal

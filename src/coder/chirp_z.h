@@ -48,8 +48,9 @@ bool chirpZScan(const double* y, int n, double dt, int first_phase, const double
                 creal_T* out);
 
 // The transform length, at least n + m - 1, with no prime factor above 7 (where FFTW is
-// fastest), and the estimated time of the whole transform in nanoseconds, for cost rules
-// that choose between the chirp-z and a direct evaluation.
+// fastest), and the estimated time of the whole transform in nanoseconds (its kernel, shared
+// by the transforms at one step, counted in part), for cost rules that choose between the
+// chirp-z and a direct evaluation.
 int chirpZLength(int n, int m);
 double chirpZCost(int n, int m);
 

@@ -1,8 +1,10 @@
 #include "coder/fft.h"
 
 #include "coder/FftPlanCache.h"
+#include "coder/chirp_z.h"
 
 #include <algorithm>
+#include <cmath>
 #include <complex>
 
 namespace coder {
@@ -40,6 +42,26 @@ void fftRealHalf(const double* x, int len, int n, creal_T* y) {
     y[k].re = out[static_cast<size_t>(k)][0];
     y[k].im = out[static_cast<size_t>(k)][1];
   }
+}
+
+void fftRealBins(const double* x, int len, int n, int first, int count, creal_T* y) {
+  if (n <= 0 || count <= 0)
+    return;
+  const int used = std::max(std::min(len, n), 0);
+  // The real transform costs about as much as a complex one of half the points.
+  constexpr double kTransformNs = 0.6;
+  const double half = n / 2.0, whole = kTransformNs * half * std::log2(std::max(half, 2.0));
+  double finite = 0.0;
+  for (int k = 0; k < used; ++k)
+    finite += x[k] * 0.0; // NaN for a NaN or an infinity, which the chirp-z would spread
+  if (used > 0 && double(used) + count < kChirpZMaxLength && finite == 0.0 &&
+      chirpZCost(used, count) < whole) {
+    chirpZ(x, used, cyclesOfBin(first, n), cyclesOfBin(1, n), 0, count, y);
+    return;
+  }
+  FftBuffer<creal_T> all(static_cast<size_t>(n / 2 + 1));
+  fftRealHalf(x, len, n, all.get());
+  std::copy(all.get() + first, all.get() + first + count, y);
 }
 
 void fftReal(const double* x, int len, int n, creal_T* y) {
