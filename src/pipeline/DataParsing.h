@@ -18,7 +18,8 @@
 //   DataParsing_dispatch.cpp           run: axis maps, motor and bearing, dispatch table
 //   DataParsing_telemetry.cpp          modules 2, 8, 11, 103 to 106 and analyzeRul
 //   DataParsing_output.cpp             updateLatest, updateRul, print_result, write, write_kafka
-//   DataParsing_adapters.cpp           vibration and electrical adapters
+//   DataParsing_adapters.cpp           the adapters of blocks not yet wired in
+//   DataParsing_electrical.cpp         computeModule3, the voltage and current module
 //   DataParsing_telemetry_control.cpp  control_tu, write_tu_msg
 //   DataParsing_thresholds.cpp         tu_threshold_control, control_defects
 //   DataParsing_status.cpp             computeStatus

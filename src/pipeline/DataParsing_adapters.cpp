@@ -1,11 +1,8 @@
-// The adapters between the measurement and the vibration and electrical math blocks. The
+// The adapters between the measurement and the vibration math blocks not yet wired in. The
 // blocks are wired in with their own adapters; until a block is, its modules' rows pass the
 // dispatch and yield no result, which the loop treats as a computation that found nothing.
 #include "pipeline/DataParsing.h"
 
-bool DataParsing::computeModule3(DataMotor*, DataBearing*) {
-  return false;
-}
 bool DataParsing::computeModule5(DataMotor*, DataBearing*) {
   return false;
 }
