@@ -92,22 +92,40 @@ Cycles reduced(Cycles r, double period) {
   return Cycles{r.hi - turns, r.lo};
 }
 
-// The transformed kernel depends on the grid's step, the first phase and the lengths only, not
-// on the signal or where the grid starts: the scans of one record at one step (the four
-// bearing lines of every axis, a harmonic's window on each axis) share it. Kernels are kept
-// up to kKeptPoints in all, the least recently used given up first; a kernel is a pure
-// function of its key, so keeping it changes no result.
-class KernelCache {
-public:
-  using Spectrum = std::shared_ptr<const FftBuffer<fftw_complex>>;
-  static constexpr size_t kKeptPoints = size_t(1) << 18;
+// exp(-j 2 pi c[k]) for the fractions c[0..count), as complex values.
+std::vector<creal_T> phasors(std::vector<double>& c, int count) {
+  std::vector<double> sine(static_cast<size_t>(count));
+  unitCircles(c.data(), sine.data(), count);
+  std::vector<creal_T> v(static_cast<size_t>(count));
+  for (size_t k = 0; k < v.size(); ++k)
+    v[k] = {c[k], -sine[k]};
+  return v;
+}
 
-  static KernelCache& instance() {
-    static KernelCache* cache = new KernelCache(); // kept to the end, as the plans
+// Everything of a transform that depends on the grid's step, the first phase and the lengths
+// only, not on the signal or where the grid starts: the chirps exp(-j 2 pi s K^2 / 2) of the
+// samples, K = k + p, and exp(-j 2 pi s i^2 / 2) of the points the length allows, and the
+// transformed kernel. The scans of one record at one step (the four bearing lines of every
+// axis, a harmonic's window on each axis) share them.
+struct Chirps {
+  std::vector<creal_T> samples, points;
+  FftBuffer<fftw_complex> kernel;
+  explicit Chirps(size_t length) : kernel(length) {}
+};
+
+// Chirps are kept up to kKeptPoints values in all, the least recently used given up first;
+// they are a pure function of their key, so keeping them changes no result.
+class ChirpCache {
+public:
+  using Entry = std::shared_ptr<const Chirps>;
+  static constexpr size_t kKeptPoints = size_t(1) << 19;
+
+  static ChirpCache& instance() {
+    static ChirpCache* cache = new ChirpCache(); // kept to the end, as the plans
     return *cache;
   }
 
-  Spectrum spectrum(const Cycles& s, int p, int n, int length) {
+  Entry chirps(const Cycles& s, int p, int n, int length) {
     const Key key{s.hi, s.lo, p, n, length};
     {
       std::lock_guard<std::mutex> lock(mutex_);
@@ -118,15 +136,15 @@ public:
         }
       }
     }
-    Spectrum made = make(s, p, n, length);
-    const size_t points = static_cast<size_t>(length);
+    Entry made = make(s, p, n, length);
+    const size_t points = 2 * static_cast<size_t>(length);
     if (points > kKeptPoints / 2)
       return made;
     std::lock_guard<std::mutex> lock(mutex_);
     entries_.emplace_front(key, made);
     kept_ += points;
     while (kept_ > kKeptPoints) {
-      kept_ -= static_cast<size_t>(std::get<4>(entries_.back().first));
+      kept_ -= 2 * static_cast<size_t>(std::get<4>(entries_.back().first));
       entries_.pop_back();
     }
     return made;
@@ -135,32 +153,55 @@ public:
 private:
   using Key = std::tuple<double, double, int, int, int>;
 
-  // The kernel exp(+j 2 pi s d^2 / 2) at d = p - t for the lags t = i - k from -(n - 1) to
-  // length - n, held circularly, and transformed.
-  static Spectrum make(const Cycles& s, int p, int n, int length) {
-    const size_t count = static_cast<size_t>(length);
-    std::vector<double> cosine(count), sine(count);
+  static Entry make(const Cycles& s, int p, int n, int length) {
+    auto made = std::make_shared<Chirps>(static_cast<size_t>(length));
+    std::vector<double> c(static_cast<size_t>(length));
+    for (int k = 0; k < n; ++k) {
+      const double K = static_cast<double>(k) + p;
+      c[static_cast<size_t>(k)] = fractionOf(s, K * K / 2.0);
+    }
+    made->samples = phasors(c, n);
+    const int points = length - n + 1;
+    for (int i = 0; i < points; ++i)
+      c[static_cast<size_t>(i)] = fractionOf(s, static_cast<double>(i) * i / 2.0);
+    made->points = phasors(c, points);
+    // The kernel exp(+j 2 pi s d^2 / 2) at d = p - t for the lags t = i - k from -(n - 1) to
+    // length - n, held circularly.
     for (int index = 0; index < length; ++index) {
       const double d = p - (index <= length - n ? index : static_cast<double>(index) - length);
-      cosine[static_cast<size_t>(index)] = fractionOf(s, d * d / 2.0);
+      c[static_cast<size_t>(index)] = fractionOf(s, d * d / 2.0);
     }
-    unitCircles(cosine.data(), sine.data(), length);
-    FftBuffer<fftw_complex> work(count);
-    for (size_t k = 0; k < count; ++k) {
-      work[k][0] = cosine[k];
-      work[k][1] = sine[k];
+    const std::vector<creal_T> lags = phasors(c, length);
+    FftBuffer<fftw_complex> work(static_cast<size_t>(length));
+    for (size_t k = 0; k < lags.size(); ++k) {
+      work[k][0] = lags[k].re;
+      work[k][1] = -lags[k].im;
     }
-    auto spectrum = std::make_shared<FftBuffer<fftw_complex>>(count);
     fftw_execute_dft(
         FftPlanCache::instance().plan(FftPlanCache::Kind::ComplexForward, length).get(), work.get(),
-        spectrum->get());
-    return spectrum;
+        made->kernel.get());
+    return made;
   }
 
   std::mutex mutex_;
-  std::list<std::pair<Key, Spectrum>> entries_;
+  std::list<std::pair<Key, Entry>> entries_;
   size_t kept_ = 0;
 };
+
+// exp(-j 2 pi a K) for K = p .. p + n - 1 as the product of an exact phasor at the start of
+// each block of kBlock samples and an exact one of the step within the block: two sines and
+// cosines per block instead of one per sample, a unit in the last place more per term.
+constexpr int kBlock = 64;
+std::vector<creal_T> startPhasors(const Cycles& a, int p, int n, std::vector<creal_T>* within) {
+  const int blocks = (n + kBlock - 1) / kBlock;
+  std::vector<double> c(static_cast<size_t>(std::max(blocks, kBlock)));
+  for (int j = 0; j < kBlock; ++j)
+    c[static_cast<size_t>(j)] = fractionOf(a, j);
+  *within = phasors(c, kBlock);
+  for (int b = 0; b < blocks; ++b)
+    c[static_cast<size_t>(b)] = fractionOf(a, static_cast<double>(b) * kBlock + p);
+  return phasors(c, blocks);
+}
 
 template <bool IsComplex>
 void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T* out,
@@ -183,18 +224,21 @@ void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T
   const auto forward = plans.plan(FftPlanCache::Kind::ComplexForward, length);
   const auto backward = plans.plan(FftPlanCache::Kind::ComplexBackward, length);
 
-  // The signal times the chirp exp(-j 2 pi (a K + s K^2 / 2)), K = k + p.
-  std::vector<double> cosine(count), sine(count);
-  for (int k = 0; k < n; ++k) {
-    const double K = static_cast<double>(k) + p;
-    const double cycles = fractionOf(a, K) + fractionOf(s, K * K / 2.0);
-    cosine[static_cast<size_t>(k)] = cycles - roundNearest(cycles);
-  }
-  unitCircles(cosine.data(), sine.data(), n);
+  const ChirpCache::Entry chirps = ChirpCache::instance().chirps(s, p, n, length);
+  const fftw_complex* kernel = chirps->kernel.get();
+
+  // The signal times exp(-j 2 pi (a K + s K^2 / 2)), K = k + p.
+  std::vector<creal_T> within;
+  const std::vector<creal_T> starts = startPhasors(a, p, n, &within);
   for (size_t k = 0; k < static_cast<size_t>(n); ++k) {
+    const creal_T& u = starts[k / kBlock];
+    const creal_T& v = within[k % kBlock];
+    const creal_T& w = chirps->samples[k];
+    const double uvr = u.re * v.re - u.im * v.im, uvi = u.re * v.im + u.im * v.re;
+    const double cr = uvr * w.re - uvi * w.im, ci = uvr * w.im + uvi * w.re;
     const double yr = IsComplex ? y[2 * k] : y[k], yi = IsComplex ? y[2 * k + 1] : 0.0;
-    work[k][0] = yr * cosine[k] + yi * sine[k];
-    work[k][1] = yi * cosine[k] - yr * sine[k];
+    work[k][0] = yr * cr - yi * ci;
+    work[k][1] = yr * ci + yi * cr;
     if (shift != nullptr) {
       const double K = static_cast<double>(k) + p;
       ramp[k][0] = work[k][0] * K;
@@ -208,12 +252,10 @@ void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T
   }
   fftw_execute_dft(forward.get(), work.get(), signal.get());
 
-  const KernelCache::Spectrum kernel = KernelCache::instance().spectrum(s, p, n, length);
-
   // The circular convolutions: the sums' in signal, the ramp's in work.
   const auto convolve = [&](fftw_complex* spectrum, fftw_complex* product, fftw_complex* result) {
     for (size_t k = 0; k < count; ++k) {
-      const fftw_complex& h = (*kernel)[k];
+      const fftw_complex& h = kernel[k];
       const double re = spectrum[k][0] * h[0] - spectrum[k][1] * h[1];
       product[k][1] = spectrum[k][0] * h[1] + spectrum[k][1] * h[0];
       product[k][0] = re;
@@ -230,11 +272,9 @@ void transform(const double* y, int n, Cycles a, Cycles s, int p, int m, creal_T
   // off the grid by e cycles turns each term by exp(-j 2 pi e K), to first order
   // 1 - j 2 pi e K: the ramp's sum times -j 2 pi e is added.
   const double scale = static_cast<double>(length);
-  for (int i = 0; i < m; ++i)
-    cosine[static_cast<size_t>(i)] = fractionOf(s, static_cast<double>(i) * i / 2.0);
-  unitCircles(cosine.data(), sine.data(), m);
   for (int i = 0; i < m; ++i) {
-    const double c = cosine[static_cast<size_t>(i)], sn = sine[static_cast<size_t>(i)];
+    const double c = chirps->points[static_cast<size_t>(i)].re;
+    const double sn = -chirps->points[static_cast<size_t>(i)].im;
     const size_t at = static_cast<size_t>(i);
     const double gr = signal[at][0] / scale, gi = signal[at][1] / scale;
     out[i].re = gr * c + gi * sn;
