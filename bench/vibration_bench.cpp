@@ -13,6 +13,7 @@
 #include "blocks/vibration/sensor_samples.h"
 #include "blocks/vibro_tk701_3_ve/vibro_tk701_3_ve.h"
 #include "coder/correlation_scan.h"
+#include "coder/detrend.h"
 #include "coder/fft.h"
 #include "coder/filter.h"
 #include "coder/hilbert.h"
@@ -139,6 +140,18 @@ void BM_stage_conditioning(benchmark::State& state) {
   }
 }
 
+// Of the conditioning: the nine least-squares line removals of a row (three per axis).
+void BM_conditioning_detrend(benchmark::State& state) {
+  coder::array<double, 2> g, out;
+  vibration::v_data_IIS3DWBTR(row().axes[0], kFullScale, g);
+  for (auto _ : state) {
+    for (int k = 0; k < 9; ++k) {
+      coder::detrend(g, out);
+      benchmark::DoNotOptimize(out[0]);
+    }
+  }
+}
+
 void BM_stage_field(benchmark::State& state) {
   coder::array<double, 2> mag;
   vibration::dell_null_data(row().field, kField, mag);
@@ -215,6 +228,7 @@ void BM_fft_floor(benchmark::State& state) {
 
 BENCHMARK(BM_row_whole_block)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_stage_conditioning)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_conditioning_detrend)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_stage_field)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_stage_rotor_search)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_stage_bearing_lines)->Unit(benchmark::kMillisecond);
