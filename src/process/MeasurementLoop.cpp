@@ -28,6 +28,10 @@ constexpr int kAggregateClockWrapMs = 600000;
 constexpr int kReconnectPauseSec = 30;
 constexpr int kFaultPauseSec = 1;
 constexpr int kAggregateStatusPeriodMs = 10000;
+// The window of the middle that the command line gives by default, and the one a replay
+// takes instead.
+constexpr int kDefaultMiddle = 100;
+constexpr int kReplayMiddle = 10;
 // A receipt date more than a day ahead of this host's clock, or older than about thirty
 // years, comes from a module whose clock was never set or has run away.
 constexpr long kLatestFutureSec = -86400;
@@ -342,9 +346,13 @@ void MeasurementLoop::processMeasurement(const param_info& info, const Module& m
     if (calculation->getKafkaEnable() && !replay) {
       parsing.write_kafka(result, calculation->getKafkaTopic(), calculation->getKafkaClientId());
     }
+    const bool last_of_its_point = last_of_point[result.control_point_id] == i;
+    if (has_points && last_of_its_point) {
+      smoothHistory(info, aggregate, visualization, parsing, i);
+    }
     // The displayed latest values follow the newest good measurement of each point; a
     // replayed row is older than what they already show.
-    if (last_of_point[result.control_point_id] == i && !replay && result.status_calc == 0) {
+    if (last_of_its_point && !replay && result.status_calc == 0) {
       db->writeLatestData(result);
     }
   }
@@ -380,5 +388,25 @@ void MeasurementLoop::processMeasurement(const param_info& info, const Module& m
       db->setHardwareStatusModule(info.source, 0);
       log->print(std::to_string(info.source) + " : data error for math block\n");
     }
+  }
+}
+
+void MeasurementLoop::smoothHistory(const param_info& info, const Aggregate& aggregate,
+                                    const Visualization& visualization, DataParsing& parsing,
+                                    int index) {
+  const calc_result& result = parsing.results[static_cast<std::size_t>(index)];
+  // With a stride the middle runs on every (middlecounter + 1)-th pass only, whichever rows
+  // those are. A replay rewrites old stretches, where the short window is enough.
+  if (middle != 0 && (middlecounter == 0 || middle_tick == 0)) {
+    const int limit = replay && middle == kDefaultMiddle ? kReplayMiddle : middle;
+    parsing.computeMiddle(visualization.getData({1, 3}, result.channel_id, result.control_point_id),
+                          limit, index);
+  }
+  // The forecast is about now: a replayed row is not, nor a row from before the machine's
+  // trend was (re)started.
+  if (!replay && stringToDateTime(aggregate.trend_start) < stringToDateTime(info.receipt_date)) {
+    parsing.computeTrend(aggregate.trend_start, aggregate.rul_days,
+                         visualization.getData({1, 3}, result.channel_id, result.control_point_id),
+                         index);
   }
 }

@@ -63,6 +63,9 @@ private:
   // A measurement: decoding, one run per control point, output, statuses.
   void processMeasurement(const param_info& info, const Module& module, Aggregate& aggregate,
                           Visualization& visualization, DataParsing& parsing);
+  // Middle and trend over the history of the point of result `index`, its last in the row.
+  void smoothHistory(const param_info& info, const Aggregate& aggregate,
+                     const Visualization& visualization, DataParsing& parsing, int index);
 
   DataBase* db;
   PrintLog* log;

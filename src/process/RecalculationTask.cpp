@@ -25,6 +25,7 @@ constexpr int kWaiting = 1;
 constexpr int kFinished = 3;
 constexpr int kPause = 2;
 constexpr int kStop = 3;
+constexpr int kJobMiddle = 10;
 
 // Lines of the job that operators follow on the console of the service, beside its own.
 void announce(PrintLog& log, const std::string& text, bool logged) {
@@ -35,8 +36,8 @@ void announce(PrintLog& log, const std::string& text, bool logged) {
 }
 
 // One row computed again and written as a replay writes it: looked for first and updated,
-// with no notification, status, trend, defect or Kafka line. A module without channels or a
-// row the module check refuses passes with no effect.
+// with its middle, and no notification, status, trend, defect or Kafka line. A module without
+// channels or a row the module check refuses passes with no effect.
 void recompute(DataBase* db, PrintLog& log, DataCache& cache, param_info info) {
   if (!info.param_settings.empty()) {
     info.settings = parse_param_settings(info.param_settings);
@@ -67,6 +68,12 @@ void recompute(DataBase* db, PrintLog& log, DataCache& cache, param_info info) {
     parsing.updateLatest(static_cast<int>(i), visualization.getData({1, 2, 3}, result.channel_id,
                                                                     result.control_point_id));
     parsing.write(result);
+    // A job rewrites old stretches: the short window of the middle is enough there.
+    if (!aggregate.control_points.empty()) {
+      parsing.computeMiddle(
+          visualization.getData({1, 3}, result.channel_id, result.control_point_id), kJobMiddle,
+          static_cast<int>(i));
+    }
   }
   visualization.readData();
 }
