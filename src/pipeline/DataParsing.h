@@ -23,7 +23,8 @@
 //   DataParsing_telemetry_control.cpp  control_tu, write_tu_msg
 //   DataParsing_thresholds.cpp         tu_threshold_control, control_defects
 //   DataParsing_status.cpp             computeStatus
-// and computeMiddle and computeTrend beside the middle and the trend. Helpers of the folder:
+//   DataParsing_middle_trend.cpp       computeMiddle, computeTrend and the forecast curve
+// Helpers of the folder:
 // hex_text (hexadecimal samples) and sql_text (floats in statement texts as the store's driver
 // prints them).
 #pragma once
@@ -193,7 +194,7 @@ public:
   // current point. The caller decides whether a replay raises anything.
   void control_defects();
 
-  // ---- Assessment (DataParsing_status.cpp; the middle and the trend) ---------------------
+  // ---- Assessment (DataParsing_status.cpp, DataParsing_middle_trend.cpp) ----------------------
 
   // Colours the parameters of each control point that has a good result against `list` (the
   // re-read visualizations of classes 1, 2, 3), stores the point's status in the cache and in
