@@ -33,7 +33,7 @@ TEST(TrendBlock, SpeedGroupsMonotoneAndDaysToOrange) {
     int options;
     double noise, lo, hi;
     char trend;
-    double days, chosen = 50; // chosen: the speed of the rows the trend is about
+    double days, chosen = 50, step = 7200; // chosen: the speed the trend is about
   };
   // clang-format off
   const std::vector<Case> cases = {
@@ -48,6 +48,7 @@ TEST(TrendBlock, SpeedGroupsMonotoneAndDaysToOrange) {
     {"noise only, plain", 300, false, [](int, double) { return 3.0; }, fifty, 0, 1, -0.3, 0.3, 'a', kNaN},
     {"speed changes at the last row", 50, false, cubic, [](int i, double) { return i == 49 ? 30.0 : 50.0; }, 0, 0, kNaN, kNaN, 'n', kNaN},
     {"never ran", 50, false, cubic, [](int, double) { return 4.9; }, 0, 0, kNaN, kNaN, 'n', kNaN},
+    {"forecast over 5 minutes", 6, false, [](int i, double) { return double(i); }, fifty, 1, 0, 1, 1, 'n', kNaN, 50, 60},
     {"two rows", 2, false, cubic, fifty, 0, 0, kNaN, kNaN, 'n', kNaN},
     {"missing speed of old rows", 100, false, cubic, [](int i, double) { return i % 7 == 3 ? kNaN : 50.0; }, 0, 0, 0.9, 1, 'f', kNaN},
     {"missing value", 100, false, [](int i, double d) { return i == 40 ? kNaN : d; }, fifty, 0, 0, 1, 1, 'n', kNaN},
@@ -68,7 +69,7 @@ TEST(TrendBlock, SpeedGroupsMonotoneAndDaysToOrange) {
     x.set_size(c.n), frm.set_size(c.n), t.set_size(c.n);
     std::vector<double> truth(size_t(c.n));
     for (int i = 0; i < c.n; ++i) {
-      t[i] = i == 0 ? 0 : t[i - 1] + 7200 * (c.uneven ? 1 + unit(gen) / 2 : 1);
+      t[i] = i == 0 ? 0 : t[i - 1] + c.step * (c.uneven ? 1 + unit(gen) / 2 : 1);
       truth[size_t(i)] = c.value(i, t[i] / 86400);
       x[i] = truth[size_t(i)] + c.noise * (c.noise == kNoise ? unit(gen) : unit(gen) > 0);
       frm[i] = c.speed(i, t[i] / 86400);
