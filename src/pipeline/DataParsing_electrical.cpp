@@ -157,7 +157,8 @@ bool DataParsing::computeModule3(DataMotor* motor, DataBearing* bearing) {
   try {
     calc_modul_7R_full_ns::calc_modul_7R_full(in, out);
     log->print("\n");
-  } catch (const std::exception&) {
+  } catch (...) {
+    // whatever the numeric library threw, the row yields no result and the loop goes on
     log->print("\nexceptions in the method calc_modul_7R_full id=" + std::to_string(param_info_id) +
                " \n");
     return false;

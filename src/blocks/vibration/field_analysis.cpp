@@ -97,13 +97,15 @@ int largest(const std::vector<creal_T>& sums, double& value) {
 } // namespace
 
 void cor_left_and_right(double F, double P, double l0, double l1, double r0, double r1, int N,
-                        const creal_T* y, double& s, double& fr) {
+                        const creal_T* y, double& s, double& fr, int filled) {
   const int m = countOf(l0, kStep, l1);
+  // the terms of the zeros add nothing to any sum
+  const int n = filled < 0 ? N : std::min(N, filled);
   if (P == 1.0) {
     std::vector<creal_T> L(static_cast<size_t>(countOf(l0, kStep, l1))),
         R(static_cast<size_t>(countOf(r0, kStep, r1)));
-    coder::correlation_scan_grid(y, N, kStep, 1, l0, kStep, int(L.size()), L.data());
-    coder::correlation_scan_grid(y, N, kStep, 1, r0, kStep, int(R.size()), R.data());
+    coder::correlation_scan_grid(y, n, kStep, 1, l0, kStep, int(L.size()), L.data());
+    coder::correlation_scan_grid(y, n, kStep, 1, r0, kStep, int(R.size()), R.data());
     double left = 0.0, right = 0.0;
     const int il = largest(L, left), ir = largest(R, right);
     // the stronger side decides; ties go to the left, slip-frequency line
@@ -111,13 +113,13 @@ void cor_left_and_right(double F, double P, double l0, double l1, double r0, dou
   } else {
     coder::array<double, 1> w;
     coder::hanning(N, w);
-    Signal windowed(static_cast<size_t>(N));
-    for (int k = 0; k < N; ++k) {
+    Signal windowed(static_cast<size_t>(n));
+    for (int k = 0; k < n; ++k) {
       windowed[size_t(k)] = {y[k].re * w[k], y[k].im * w[k]};
     }
     std::vector<creal_T> D(static_cast<size_t>(m)), fb(static_cast<size_t>(m));
-    coder::correlation_scan_grid(windowed.data(), N, kStep, 1, l0, kStep, m, D.data());
-    coder::correlation_scan_grid(windowed.data(), N, kStep, 1, r1, -kStep, m, fb.data());
+    coder::correlation_scan_grid(windowed.data(), n, kStep, 1, l0, kStep, m, D.data());
+    coder::correlation_scan_grid(windowed.data(), n, kStep, 1, r1, -kStep, m, fb.data());
     for (int i = 0; i < m; ++i) {
       D[size_t(i)].re += fb[size_t(i)].re;
       D[size_t(i)].im += fb[size_t(i)].im;
@@ -170,7 +172,7 @@ SupplyAndSlip cal_param_ad(double F0, double P, int N, const double* x) {
 
   Signal scanned(y);
   scanned.resize(size_t(std::max(N, kRecord)), creal_T{0.0, 0.0});
-  cor_left_and_right(F, P, l0, l1, r0, r1, N, scanned.data(), out.s, out.fr);
+  cor_left_and_right(F, P, l0, l1, r0, r1, N, scanned.data(), out.s, out.fr, int(y.size()));
   out.F = F;
   // A refined line below the field's level by less than 30 dB is no supply line.
   if (level > -30.0 || F < 10.0) {

@@ -41,7 +41,9 @@ SupplyAndSlip cal_param_ad(double F0, double P, int N, const double* x);
 // at 0.002 s): for one pole pair the stronger of the two windows [l0, l1] and [r0, r1] decides;
 // otherwise the Hann-windowed sum of both lines, moving towards each other from l0 and r1,
 // peaks where they sit. fr = (1 - s) F / P.
+// `filled` says how many of the first samples of y may be non-zero (a record longer than the
+// 4096 that the isolation keeps is zero beyond them): the sums skip the zeros; -1 is all N.
 void cor_left_and_right(double F, double P, double l0, double l1, double r0, double r1, int N,
-                        const creal_T* y, double& s, double& fr);
+                        const creal_T* y, double& s, double& fr, int filled = -1);
 
 } // namespace vibration
