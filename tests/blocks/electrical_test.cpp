@@ -1,6 +1,5 @@
-// The electrical block against the physics of synthetic three-phase machines, encoded as a
-// module's counts with known gains; and its hand-worked frame rules. The gains of each range
-// are checked end to end (tests/pipeline/scenarios/electrical.scn).
+// The electrical block against the physics of synthetic three-phase machines as a module's
+// counts; its hand-worked frame rules. The ranges' gains: tests/pipeline/scenarios/electrical.scn.
 #include "blocks/electrical/calc_modul_7R_full.h"
 #include "blocks/electrical/current_signature.h"
 #include "coder/hilbert.h"

@@ -25,12 +25,6 @@ void rebuildPhase(RebuiltPhase rebuilt, Phases& i) {
 
 void calc_modul_7R_full(ElectricalInput& in, ElectricalOutput& out) {
   out = ElectricalOutput();
-  for (HarmonicTable* tables : {out.voltage_harmonics, out.current_harmonics}) {
-    for (int p = 0; p < 3; ++p) {
-      tables[p].power.set_size(0);
-      tables[p].frequency.set_size(0);
-    }
-  }
   const Options options = config_function_586_1(in.config);
 
   LostSamples lost_u[3], lost_i[3];
