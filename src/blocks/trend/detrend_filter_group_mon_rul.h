@@ -9,7 +9,8 @@
 
 namespace detrend_filter_group_mon_rul_ns {
 
-// The forecast curve: times in seconds on the axis of t, values in the parameter's unit.
+// The forecast curve: times in seconds since the first chosen row (the oldest row at the speed
+// of now), values in the parameter's unit.
 struct struct0_T {
   coder::array<double, 2> x;
   coder::array<double, 2> y;
