@@ -278,8 +278,10 @@ public:
       detrend_filter_group_mon_rul_ns::detrend_filter_group_mon_rul(
           x, f, t, horizon, thresholds, options, y, &monotone, monotone_size, &days, &curve);
 
-      // The curve's times count from the history's first row; the display counts them from
-      // the newest.
+      // The display counts the curve's times from the newest row. The block counts them from
+      // the oldest row at the speed of now and the span runs from the history's oldest row:
+      // the two agree when the history begins at the speed of now, as it does on a machine
+      // of one speed; the users' tools read the curve so.
       if (curve.x.numel() > 1 && curve.y.numel() == curve.x.numel()) {
         const long span = secondsBetween(oldest, s.dates.front());
         if (span > 0) {
