@@ -23,7 +23,7 @@ TEST(TrendBlock, SpeedGroupsMonotoneAndDaysToOrange) {
   const Fn cubic = [](int, double d) { return 2 + 0.3 * d - 0.02 * d * d + 0.0004 * d * d * d; };
   const Fn rise = [](int, double d) { return 1 + 0.01 * d * d; }; // orange 9 at sqrt(800) days
   const Fn fifty = [](int, double) { return 50.3; }, thirty = [](int i, double) {
-    return i % 3 == 1 ? 30.0 : 50.9; // every third row at another speed: 'x'
+    return i % 3 == 0 ? 30.0 : i % 2 ? 50.9 : 49.1; // every third row, the first among them, at 30
   };
   struct Case {
     const char* name;
@@ -41,6 +41,7 @@ TEST(TrendBlock, SpeedGroupsMonotoneAndDaysToOrange) {
     {"cubic, uneven stamps", 200, true, cubic, fifty, 0, kNoise, -1, 1, 'f', kNaN},
     {"rising to orange", 240, false, rise, fifty, 1, 0, 0.95, 1, 'f', 28.284271247461902},
     {"rising, uneven, to orange", 240, true, rise, fifty, 1, 0, 0.95, 1, 'f', 28.284271247461902},
+    {"rising to orange, first row at 30 Hz", 240, false, rise, thirty, 1, 0, 0.95, 1, 'f', 28.284271247461902},
     {"rising, no forecast asked", 240, false, rise, fifty, 0, 0, 0.95, 1, 'f', kNaN},
     {"falling", 100, false, [](int, double d) { return 9 - d; }, fifty, 1, 0, -1, -1, 'n', kNaN},
     {"flat", 100, false, [](int, double) { return 3.0; }, fifty, 0, 0, 0, 0, 'f', kNaN},
@@ -96,8 +97,10 @@ TEST(TrendBlock, SpeedGroupsMonotoneAndDaysToOrange) {
     const double newest_day = t[c.n - 1] / 86400;
     EXPECT_NEAR(days + newest_day, c.days, kDayTol);
     // The curve runs from after the newest row to ten 10-minute steps past the crossing.
-    EXPECT_GT(curve.x[0], t[c.n - 1]);
-    EXPECT_NEAR(curve.x[curve.x.numel() - 1] - 86400 * (days + newest_day), 6000, 1e-6);
+    // Its times count from the first row at the speed of now.
+    const double origin = frm[0] == 30.0 ? t[1] : 0.0;
+    EXPECT_GT(curve.x[0] + origin, t[c.n - 1]);
+    EXPECT_NEAR(curve.x[curve.x.numel() - 1] + origin - 86400 * (days + newest_day), 6000, 1e-6);
     EXPECT_GT(curve.y[curve.y.numel() - 1], thresholds[2]);
   }
 }
