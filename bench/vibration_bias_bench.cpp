@@ -6,12 +6,14 @@
 // relative phase of its two rotor lines. These are properties of the method, not faults;
 // docs/vibration-bias.md holds the output of bench/run_vibration_bias.sh.
 #include "blocks/vibration/conditioning.h"
-#include "blocks/vibration/rotor.h"
-#include "blocks/vibration/sensor_samples.h"
 #include "blocks/vibration/field_analysis.h"
+#include "blocks/vibration/rotor.h"
+#include "blocks/vibration/second_generation.h"
+#include "blocks/vibration/sensor_samples.h"
 #include "coder/hilbert.h"
 #include "synth/MachineSignals.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -74,9 +76,69 @@ double fieldRotorError(double P, double phase) {
          m.rotorFrequency();
 }
 
+// The rotor frequency and imbalance of a block without a magnetic channel: the worst error over
+// slips of 2 to 4 percent (the turns and the lines' phases at the record's end move with it) of
+// a machine of P pole pairs at 0.3 / P g, its axes as the block's converter sends them.
+void secondGeneration() {
+  std::printf(
+      "\n## Modules without a magnetic channel: rotor frequency (FRM, Hz) and imbalance (%%), "
+      "worst over slips of 2 to 4 percent\n\n"
+      "| block | rate, Hz | P | supply, Hz | turns | FRM | IMBALANCE_X |\n"
+      "|---|---|---|---|---|---|---|\n");
+  using vibration::Converter;
+  struct Case {
+    const char* name;
+    const vibration::SecondGenerationForm* form;
+    double fs, P, supply;
+  };
+  const Case cases[] = {{"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 1, 50},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 2, 50},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 3, 50},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 4, 50},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 1, 43.7},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 2, 43.7},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 3, 43.7},
+                        {"vibro_tk703_3_ve", &vibration::kTk703_3, 26667, 4, 43.7},
+                        {"vibro_tk703_4_ve", &vibration::kTk703_4, 16000, 3, 50},
+                        {"vibro_tk703_4_ve", &vibration::kTk703_4, 16000, 4, 38.2},
+                        {"vibro_tk703_2_ve", &vibration::kTk703_2, 16000, 2, 50},
+                        {"vibro_tk703_2_single_ve", &vibration::kTk703_2_single, 16000, 1, 52.3},
+                        {"vibro_rs893_4_ve", &vibration::kRs893_4, 16667, 4, 50},
+                        {"vibro_rs893_2_ve", &vibration::kRs893_2, 16667, 3, 47.1}};
+  for (const Case& c : cases) {
+    double worst_f = 0, worst_a = 0;
+    for (int i = 0; i <= 20; ++i) {
+      synth::Machine m;
+      m.pole_pairs = c.P, m.supply = c.supply, m.slip = 0.02 + 0.001 * i, m.noise = 0.001;
+      m.harmonics[0] = 0.3 / c.P;
+      vibration::SecondGenerationInput in;
+      for (int a = 0; a < c.form->axes; ++a) {
+        const std::vector<double> g = synth::acceleration(m, a, c.fs, kSamples);
+        const std::vector<double> counts =
+            c.form->converter == Converter::ADS131  ? synth::ads131Counts(g, 100)
+            : c.form->converter == Converter::RS89x ? synth::rs89xCounts(g)
+                                                    : synth::accelerometerCounts(g, kFullScale);
+        in.vibro[a].set_size(1, kSamples);
+        std::copy(counts.begin(), counts.end(), in.vibro[a].data());
+        in.g_del[a] = 100;
+      }
+      in.Lv = kSamples, in.fs = c.fs, in.poles = c.P, in.FS = kFullScale;
+      in.word = c.supply == 50 ? 0 : 0x100u;
+      vibration::SecondGenerationOutput o;
+      vibration::runSecondGeneration(*c.form, in, o);
+      const double fr = m.rotorFrequency(), want = m.harmonics[0] * 9800 / (2 * kPi * fr);
+      worst_f = std::max(worst_f, std::fabs(o.FRM - fr));
+      worst_a = std::max(worst_a, std::fabs(100 * (o.imbalance[0] / want - 1)));
+    }
+    std::printf("| %s | %.0f | %.0f | %.1f | %.1f | %.3f | %.2f |\n", c.name, c.fs, c.P, c.supply,
+                c.supply / c.P * kSamples / c.fs, worst_f, worst_a);
+  }
+}
+
 } // namespace
 
 int main() {
+  secondGeneration();
   std::printf(
       "\n## Rotor frequency from the magnetic field (FRM), Hz, measured minus true, by pole "
       "pairs (rows) and the relative phase of the two rotor lines (columns)\n\n"

@@ -18,7 +18,8 @@
 //   DataParsing_dispatch.cpp           run: axis maps, motor and bearing, dispatch table
 //   DataParsing_telemetry.cpp          modules 2, 8, 11, 103 to 106 and analyzeRul
 //   DataParsing_output.cpp             updateLatest, updateRul, print_result, write, write_kafka
-//   DataParsing_adapters.cpp           the adapters of blocks not yet wired in
+//   DataParsing_vibration.cpp          vibration modules with a magnetic channel (1, 9, 10)
+//   DataParsing_vibration_only.cpp     vibration modules without one (5, 6, 7, 12, 101, 102)
 //   DataParsing_electrical.cpp         computeModule3, the voltage and current module
 //   DataParsing_telemetry_control.cpp  control_tu, write_tu_msg
 //   DataParsing_thresholds.cpp         tu_threshold_control, control_defects
@@ -47,6 +48,8 @@ namespace vibration {
 struct AxisStatistics;
 struct BearingGeometry;
 struct FirstGenerationOutput;
+struct SecondGenerationInput;
+struct SecondGenerationOutput;
 } // namespace vibration
 class PrintLog;
 
@@ -113,7 +116,7 @@ public:
   // in fu_raw\n" and computes nothing when no_data is set. Exceptions of a computation pass.
   void run(bool has_point);
 
-  // ---- Vibration and electrical adapters (DataParsing_adapters.cpp) ----------------------
+  // ---- Vibration and electrical adapters (DataParsing_vibration*.cpp, _electrical.cpp) ----
   // Each turns the decoded samples into one or more results through its math block and
   // returns whether it computed; the motor and bearing are passed valid or not.
 
@@ -269,10 +272,10 @@ private:
   // The statistics tables of a vibration block as parameters: ACC_, VEL_ and DSP_ rows of
   // each axis, suffixed _X, _Y, _Z for three axes, _X, _Y for two, nothing for one.
   void parsing_TimeSignalData(const vibration::AxisStatistics* table, int axes);
-  // The case temperature of a vibration module's T_CASE row: the first value of the
-  // temperature piece when an active T_CASE is shown at this place; below -100 degrees the
-  // sensor failure. Always gives a result.
-  bool caseTemperature();
+  // A vibration module's temperature row: the first value of its temperature piece under
+  // `name` when an active display of it is shown at this place, or the sensor failure where
+  // `failed` says so. Always gives a result.
+  bool temperatureRow(const std::string& name, const std::function<bool(double)>& failed);
   // The bearing and stator temperatures of a type 1 or 9 module's row of kind 7: the first
   // eight values of its temperature piece in tenths of a degree, each where it is shown;
   // -32767 is the sensor failure. Always gives a result.
@@ -283,6 +286,34 @@ private:
   bool runFirstGeneration(DataBearing* bearing, int Lv, int Lm,
                           const std::function<void(unsigned, const vibration::BearingGeometry&,
                                                    vibration::FirstGenerationOutput&)>& block);
+  // The rates of a vibration row: fv and FS from the vibration pieces' own settings ("fd",
+  // "FS"), fm from the magnetic pieces' ("fd"), each still 0 from the module type's defaults
+  // ("fd" of "vibro" and of "magnet", "FS") where the last default that applies counts.
+  void vibrationRates(double& fv, double& fm, double& FS) const;
+  // The module type's default `name` that applies to this row (the last one counts), or 0.
+  double moduleDefault(const std::string& name) const;
+  // The channel gain g_del of the axis named by `letter` whose piece is `piece`: the piece's own
+  // setting, else the row's g_del_<letter>, else the module type's; 1 where none is given.
+  double channelGain(const raw* piece, char letter) const;
+  // The bearing or oil-whirl lines, the harmonics AFRM_n and the imbalance of `axes` axes.
+  void storeRotorLines(const double bearing[5], const double harmonics[][3],
+                       const double imbalance[], int axes, bool journal);
+  // The result of a vibration row from the block's two status words: a disagreement of the
+  // speeds alone is no failed calculation.
+  bool vibrationResult(unsigned status_1, unsigned status_2);
+  // Whether the velocities `names` are all there and one of them is above what a machine can
+  // shake (a module fault, not a measurement).
+  bool implausibleVelocity(const std::vector<std::string>& names);
+  // What the second-generation adapters share around their block: the option word, the
+  // thresholds of the display named `threshold_name` at this place, the block's call guarded
+  // against exceptions, the parameters, the defect list, and the result; with
+  // `velocity_names`, the test of implausible velocities.
+  bool runSecondGeneration(
+      DataBearing* bearing, vibration::SecondGenerationInput& in, int axes, const char* block_name,
+      void (*block)(vibration::SecondGenerationInput&, vibration::SecondGenerationOutput&),
+      const char* threshold_name, const std::vector<std::string>& velocity_names);
+  // The one vibration piece of a single-channel module that concerns the current point.
+  const raw* singlePiece() const;
   // The first active visualization named `name` at the result's channel and control point,
   // or null: a value nobody is shown is not judged.
   const visualization* shownHere(const std::string& name, const calc_result& result) const;

@@ -35,7 +35,7 @@ constexpr double kBatteryEmpty = 0.0;
 constexpr double kBatteryFull = 100.0;
 // A wireless vibration module whose own velocity RMS exceeds this (mm/s) on an axis reports a
 // failed measurement rather than a machine that shakes so.
-constexpr double kMostPrecomputedVelocity = 20.0;
+constexpr double kMostVelocity = 20.0;
 
 // A stored forecast curve: "\x", then records of a 64-bit time and a 32-bit float value.
 constexpr std::size_t kCurvePrefix = 2;
@@ -141,16 +141,18 @@ bool DataParsing::precomputedValues(const std::vector<std::string>& velocity_nam
   }
   result.has_raw_data = false;
   log->print("parameters from fu_raw\n");
-  const bool all_axes = std::all_of(velocity_names.begin(), velocity_names.end(),
-                                    [&](const std::string& n) { return values.count(n) != 0; });
-  if (all_axes &&
-      std::any_of(velocity_names.begin(), velocity_names.end(), [&](const std::string& n) {
-        return double(values[n]) > kMostPrecomputedVelocity;
-      })) {
+  if (implausibleVelocity(velocity_names)) {
     result.status_calc = 1;
   }
   finishResult(result);
   return true;
+}
+
+bool DataParsing::implausibleVelocity(const std::vector<std::string>& names) {
+  const auto present = [&](const std::string& n) { return values.count(n) != 0; };
+  const auto implausible = [&](const std::string& n) { return double(values[n]) > kMostVelocity; };
+  return std::all_of(names.begin(), names.end(), present) &&
+         std::any_of(names.begin(), names.end(), implausible);
 }
 
 const visualization* DataParsing::shownHere(const std::string& name,

@@ -3,6 +3,7 @@
 // speed, bearing and harmonic parameters of one result; and the temperatures the same modules
 // send in rows of their own.
 #include "pipeline/DataParsing.h"
+#include "pipeline/vibration_rows.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,70 +20,15 @@
 
 namespace {
 
-// The sensor's full scale in g, and the sample rates in Hz, that the modules can have.
-constexpr double kLowestFullScale = 1.0, kHighestFullScale = 100.0;
-constexpr double kLowestRate = 100.0, kHighestRate = 50000.0;
-// The option word in which only the top bit is set: the rotor analysis is off.
-constexpr unsigned kNoRotorAnalysis = 0x80000000u;
-// A journal bearing: oil whirl in place of the rolling-element fault lines.
-constexpr int kJournalBearing = 3;
-constexpr unsigned kJournalBit = 0x10u;
+using namespace vibration_rows;
+
 // Below this a case temperature sensor has failed, degrees.
 constexpr double kColdestCase = -100.0;
-// The converter's mark of a temperature sensor that does not answer; other readings are
-// tenths of a degree.
-constexpr double kNoSensorMark = -32767.0;
 // The LIS344 gains a module must have: below these, none was given.
-constexpr double kLeastKu = 1e-07, kLeastGain = 1.0;
+constexpr double kLeastKu = 1e-07;
 // Disagreement of the speeds alone (axes, field, or both) does not fail a calculation.
 bool onlyDisagreement(unsigned status) {
   return status == 0x100u || status == 0x200u || status == 0x300u;
-}
-
-bool isAxis(const std::string& sub_channel) {
-  return sub_channel == "x" || sub_channel == "y" || sub_channel == "z";
-}
-
-// The piece's samples as a block's row of n values; missing samples are 0, which the block
-// takes for lost ones and repairs.
-coder::array<double, 2> samples(const raw* piece, int n) {
-  coder::array<double, 2> row;
-  row.set_size(1, n);
-  for (int k = 0; k < n; ++k) {
-    row[k] = piece != nullptr && k < int(piece->values.size()) ? piece->values[size_t(k)] : 0.0;
-  }
-  return row;
-}
-
-// The sample pieces of a row by the block's axes, through the axis maps of the point's
-// channel, and the sample counts: the last piece of each kind sets its count.
-struct Pieces {
-  const raw* vibro[3] = {nullptr, nullptr, nullptr};
-  const raw* magnet[3] = {nullptr, nullptr, nullptr};
-  int Lv = 0, Lm = 0;
-};
-Pieces gather(const std::vector<raw>& raws, std::map<std::string, std::string>& first,
-              std::map<std::string, std::string>& second) {
-  static const char* const kAxes[] = {"x", "y", "z"};
-  Pieces p;
-  for (const raw& piece : raws) {
-    if (!isAxis(piece.sub_channel) || (piece.param_type_id != 1 && piece.param_type_id != 2)) {
-      continue;
-    }
-    const bool is_vibro = piece.param_type_id == 2;
-    (is_vibro ? p.Lv : p.Lm) = int(piece.values.size());
-    for (int a = 0; a < 3; ++a) {
-      if (piece.sub_channel == (is_vibro ? first : second)[kAxes[a]]) {
-        (is_vibro ? p.vibro : p.magnet)[a] = &piece;
-      }
-    }
-  }
-  return p;
-}
-
-// A module-type default applies to a measurement of its own kind or to every kind.
-bool applies(const module_param& p, int type_param) {
-  return p.type_param == 0 || p.type_param == type_param;
 }
 
 } // namespace
@@ -92,9 +38,8 @@ void DataParsing::parsing_TimeSignalData(const vibration::AxisStatistics* table,
                                      "PEAK2RMS", "RMS_CF_1", "RMS_CF_2", "RMS_CF_3"};
   static const char* const kVel[] = {"MEAN",     "STD",      "SKEWNESS", "KURTOSIS", "PEAK2PEAK",
                                      "PEAK2RMS", "RMS_CF_1", "RMS_CF_4", "RMS_CF_5", "RMS_CF_6"};
-  static const char* const kLetters = "XYZ";
   for (int a = 0; a < axes; ++a) {
-    const std::string suffix = axes == 1 ? "" : std::string("_") + kLetters[a];
+    const std::string suffix = axisSuffix(a, axes);
     for (int r = 0; r < 10; ++r) {
       if (r < 9) {
         values[std::string("ACC_") + kAcc[r] + suffix] = static_cast<float>(table[a].acc[r]);
@@ -107,18 +52,19 @@ void DataParsing::parsing_TimeSignalData(const vibration::AxisStatistics* table,
   }
 }
 
-bool DataParsing::caseTemperature() {
+bool DataParsing::temperatureRow(const std::string& name,
+                                 const std::function<bool(double)>& failed) {
   const int base = kindStatusBase();
   calc_result result = newResult(base);
-  if (shownHere("T_CASE", result) != nullptr) {
+  if (shownHere(name, result) != nullptr) {
     for (const raw& piece : raws) {
       if (piece.param_type_id != 4 || piece.values.empty()) {
         continue;
       }
-      if (piece.values.front() >= kColdestCase) {
-        values["T_CASE"] = static_cast<float>(piece.values.front());
+      if (!failed(piece.values.front())) {
+        values[name] = static_cast<float>(piece.values.front());
       } else {
-        sensorFailure(result, "T_CASE", base, !channels.empty());
+        sensorFailure(result, name, base, !channels.empty());
       }
       break;
     }
@@ -130,13 +76,7 @@ bool DataParsing::caseTemperature() {
   return true;
 }
 
-bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
-  if (type_param == 10) {
-    return caseTemperature();
-  }
-  // The rates from the pieces' own settings, then from the module type's defaults, where the
-  // last default that applies counts.
-  double fv = 0.0, fm = 0.0, FS = 0.0;
+void DataParsing::vibrationRates(double& fv, double& fm, double& FS) const {
   for (const raw& piece : raws) {
     const auto setting = [&piece](const char* name, double& into) {
       const auto found = piece.settings_values.find(name);
@@ -164,6 +104,43 @@ bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
       FS = static_cast<double>(p.value);
     }
   }
+}
+
+double DataParsing::moduleDefault(const std::string& name) const {
+  double value = 0.0;
+  for (const module_param& p : module_params) {
+    if (applies(p, type_param) && p.name == name) {
+      value = static_cast<double>(p.value);
+    }
+  }
+  return value;
+}
+
+double DataParsing::channelGain(const raw* piece, char letter) const {
+  const std::string name = std::string("g_del_") + letter;
+  double gain = kLeastGain;
+  for (const module_param& p : module_params) {
+    if (applies(p, type_param) && p.name == name) {
+      gain = static_cast<double>(p.value);
+    }
+  }
+  for (const param_setting& s : param.settings) {
+    if (s.name == name) {
+      gain = s.value;
+    }
+  }
+  if (piece != nullptr && piece->settings_values.count("g_del") != 0) {
+    gain = piece->settings_values.at("g_del");
+  }
+  return gain;
+}
+
+bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
+  if (type_param == 10) {
+    return temperatureRow("T_CASE", [](double v) { return !(v >= kColdestCase); });
+  }
+  double fv = 0.0, fm = 0.0, FS = 0.0;
+  vibrationRates(fv, fm, FS);
   if (fv == 0.0 || fm == 0.0 || FS == 0.0) {
     log->print("no data FS or fd in param_info.param_settings or param_module\n");
     return false;
@@ -189,7 +166,7 @@ bool DataParsing::computeModule10(DataMotor* motor, DataBearing* bearing) {
 
 bool DataParsing::computeModule1(DataMotor* motor, DataBearing* bearing) {
   if (type_param == 6) {
-    return caseTemperature();
+    return temperatureRow("T_CASE", [](double v) { return !(v >= kColdestCase); });
   }
   if (type_param == 7) {
     return windingAndBearingTemperatures();
@@ -308,30 +285,37 @@ bool DataParsing::runFirstGeneration(
   values["SPEED"] = static_cast<float>(out.SPEED);
   parsing_TimeSignalData(out.table, 3);
   if (module->config != kNoRotorAnalysis) {
-    if (journal) {
-      values["OIL_WHIRL_INSTABILITY"] = static_cast<float>(out.bearing[4]);
-    } else {
-      values["BEARING_OUTER_RING"] = static_cast<float>(out.bearing[0]);
-      values["BEARING_INNER_RING"] = static_cast<float>(out.bearing[1]);
-      values["BSF"] = static_cast<float>(out.bearing[3]);
-      values["FTF"] = static_cast<float>(out.bearing[2]);
-    }
-    static const char* const kLetters[] = {"X", "Y", "Z"};
-    for (int a = 0; a < 3; ++a) {
-      for (int k = 0; k < 3; ++k) {
-        values["AFRM_" + std::to_string(k + 1) + "_" + kLetters[a]] =
-            static_cast<float>(out.harmonics[a][k]);
-      }
-    }
-    for (int a = 0; a < 3; ++a) {
-      values[std::string("IMBALANCE_") + kLetters[a]] = static_cast<float>(out.imbalance[a]);
+    storeRotorLines(out.bearing, out.harmonics, out.imbalance, 3, journal);
+  }
+  return vibrationResult(out.status_1, out.status_2);
+}
+
+void DataParsing::storeRotorLines(const double bearing[5], const double harmonics[][3],
+                                  const double imbalance[], int axes, bool journal) {
+  if (journal) {
+    values["OIL_WHIRL_INSTABILITY"] = static_cast<float>(bearing[4]);
+  } else {
+    values["BEARING_OUTER_RING"] = static_cast<float>(bearing[0]);
+    values["BEARING_INNER_RING"] = static_cast<float>(bearing[1]);
+    values["BSF"] = static_cast<float>(bearing[3]);
+    values["FTF"] = static_cast<float>(bearing[2]);
+  }
+  for (int a = 0; a < axes; ++a) {
+    for (int k = 0; k < 3; ++k) {
+      values["AFRM_" + std::to_string(k + 1) + axisSuffix(a, axes)] =
+          static_cast<float>(harmonics[a][k]);
     }
   }
+  for (int a = 0; a < axes; ++a) {
+    values["IMBALANCE" + axisSuffix(a, axes)] = static_cast<float>(imbalance[a]);
+  }
+}
 
+bool DataParsing::vibrationResult(unsigned status_1, unsigned status_2) {
   const int base = param.kind == 1 ? 2 : 0;
   calc_result result = newResult(base);
-  result.status_calc = onlyDisagreement(out.status_2) ? base : base + int(out.status_1);
-  result.status_vector = int(out.status_2);
+  result.status_calc = onlyDisagreement(status_2) ? base : base + int(status_1);
+  result.status_vector = int(status_2);
   result.receipt_date = param.receipt_date;
   finishResult(result);
   results.back().has_raw_data = true;

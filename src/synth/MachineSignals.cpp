@@ -56,6 +56,23 @@ std::vector<double> accelerometerCounts(const std::vector<double>& g, double FS)
   return counts;
 }
 
+std::vector<double> ads131Counts(const std::vector<double>& g, double g_del) {
+  std::vector<double> counts;
+  for (double v : g) {
+    const double c = std::clamp(std::round(v * g_del * 8388608.0 / 1200.0), -8388607.0, 8388607.0);
+    counts.push_back(c < 0.0 ? c + 16777215.0 : c);
+  }
+  return counts;
+}
+
+std::vector<double> rs89xCounts(const std::vector<double>& g) {
+  std::vector<double> counts;
+  for (double v : g) {
+    counts.push_back(std::round(v * 1e6));
+  }
+  return counts;
+}
+
 std::string moduleSamples(const std::vector<double>& counts) {
   static const char* const kDigits = "0123456789abcdef";
   std::string text = "0x";

@@ -44,6 +44,14 @@ std::vector<double> magneticField(const Machine& m, double rate, int n);
 // Acceleration in g as IIS3DWBTR counts at the full scale FS (g), rounded, clipped to 16 bits.
 std::vector<double> accelerometerCounts(const std::vector<double>& g, double FS);
 
+// Acceleration in g as the 24-bit counts of an ADS131 converter behind a channel of g_del mV
+// per g (1200 mV at full scale), negative values in the complement against 16777215 that the
+// blocks undo.
+std::vector<double> ads131Counts(const std::vector<double>& g, double g_del);
+
+// Acceleration in g as an RS89x sensor sends it, in micro-g.
+std::vector<double> rs89xCounts(const std::vector<double>& g);
+
 // Counts as a module writes them into fu_raw.data: "0x", then each count as a signed 16-bit
 // value (format 2), least significant byte first.
 std::string moduleSamples(const std::vector<double>& counts);

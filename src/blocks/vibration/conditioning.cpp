@@ -176,4 +176,18 @@ void paramData_v(double Lv, double fs, const coder::array<double, 2>& acc,
   moments(d.data(), nd, out.dsp);
 }
 
+double signal_ndec(double fs, coder::array<creal_T, 2>& z) {
+  const int m = z.numel() / 8;
+  for (int j = 0; j < m; ++j) {
+    creal_T s{0.0, 0.0};
+    for (int k = 8 * j; k < 8 * j + 8; ++k) {
+      s.re += z[k].re;
+      s.im += z[k].im;
+    }
+    z[j] = {s.re / 8.0, s.im / 8.0};
+  }
+  z.set_size(1, m);
+  return fs / 8.0;
+}
+
 } // namespace vibration

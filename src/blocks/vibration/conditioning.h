@@ -28,7 +28,8 @@ struct StatisticsForm {
   // The rate in the band indices: 0 for the signal's own rate; the LIS344 block fixes 2000.
   double band_rate;
 };
-constexpr StatisticsForm kFirstGeneration{4, 0.0}, kLIS344Form{0, 2000.0};
+constexpr StatisticsForm kFirstGeneration{4, 0.0}, kSecondGeneration{16, 0.0},
+    kLIS344Form{0, 2000.0};
 
 // MATLAB: a = detrend(x(:)) .* tukeywin(n, 0); v = cumtrapz(t, a), detrended; d = cumtrapz(t,
 // v), detrended; with t(k) = uint16(k) / fs, so that records of over 65536 samples wrap their
@@ -45,5 +46,10 @@ void ACC_VEL_DSP(const coder::array<double, 2>& x, double fs, coder::array<doubl
 void paramData_v(double Lv, double fs, const coder::array<double, 2>& acc,
                  const coder::array<double, 2>& vel, const coder::array<double, 2>& dsp,
                  const StatisticsForm& form, AxisStatistics& out);
+
+// Decimation of the analytic signal by 8 for the rotor scans: each output sample is the mean
+// of eight consecutive inputs (real and imaginary parts apart), a tail of fewer than eight is
+// dropped; z is replaced. Returns fs / 8.
+double signal_ndec(double fs, coder::array<creal_T, 2>& z);
 
 } // namespace vibration

@@ -16,6 +16,7 @@ struct RotorLine {
   double frequency = 0.0; // Hz
   double amplitude = 0.0; // |S(best)| / n, in the units of the scanned signal
   double level = 0.0;     // dB of the line over the signal's RMS
+  double flag = 0.0;      // Scan::lineFlag of the search, where it is judged
 };
 
 // The first-generation search on one axis at the full rate fs: the analytic velocity y is
@@ -51,5 +52,29 @@ void find_rotor_freq_all(double fr, double dt, int n, const creal_T* z, Harmonic
 // the found frequency; flag as for the harmonics; returns |S| / n.
 double find_oil_whirl_instability_freq(double dt, int n, const creal_T* z, double& fr,
                                        double& flag);
+
+// ---- Modules without a magnetic channel ------------------------------------------------
+
+// The search on one axis of a velocity w in mm/s (n samples at fs): its analytic signal is
+// averaged down by 8, band-filtered by a 299-tap least-squares design for fs / 8 with its delay
+// of 149 samples taken off, and scanned at 0.01 Hz, over the same window as the first
+// generation in "frequency_fixed" and over the whole range the rotor of a converter-fed motor
+// can take in "frequency_control". A line whose scan holds no peak of its own (flag 1) is no
+// line: frequency and amplitude are then 0. P outside 1..4 gives zeros.
+RotorLine find_rotor_freq_base(double fs, double P, const double* w, int n, FrequencyMode mode);
+
+// Whether the rotor frequencies of the axes agree: 0.0 when the largest and the smallest
+// (NaN skipped) differ by at most 0.5 percent of the largest over three axes, 1 percent over
+// two; 1.0 otherwise, also when no axis found a line.
+double error_froot_fun_703_3(double a, double b, double c);
+double error_froot_fun_703_2(double a, double b);
+
+// The amplitudes |S(best)| / n of the first ten harmonics of fr: windows of +-0.2, +-0.4 and
+// from the third on +-0.6 Hz, each scanned in 100 steps either side.
+void find_rotor_freq_all_10(double fr, double dt, int n, const creal_T* z, double out[10]);
+
+// The amplitudes of the supply line near 50 Hz and of its second harmonic near 100 Hz, which
+// a loose or soft-footed machine shows in its vibration.
+void find_Freal_freq_all(double dt, int n, const creal_T* z, double out[2]);
 
 } // namespace vibration

@@ -12,7 +12,9 @@ namespace {
 //
 //   chip        run window   all samples lost
 //   IIS3DWBTR   none         mean 0/0: the axis becomes NaN
+//   ADS131      8            mean 0/0: the axis becomes NaN
 //   LIS344      32           mean 0: the axis stays zero
+//   RS89x       8            mean 0: the axis stays zero
 //   magnet      none         mean 0/0: the channel becomes NaN
 //
 // The asymmetry of the last column is kept: the installed evaluation tells a dead
@@ -21,7 +23,8 @@ struct Repair {
   int run_window;
   bool guard_all_lost;
 };
-constexpr Repair kIIS3DWBTR{0, false}, kLIS344{32, true}, kMagnet{0, false};
+constexpr Repair kIIS3DWBTR{0, false}, kADS131{8, false}, kLIS344{32, true}, kRS89x{8, true},
+    kMagnet{0, false};
 
 // Replaces the exact zeros of x[0..n) by the mean of the other samples and removes that mean.
 // A run starts at k, 0 <= k < n - window, when the window samples from k on are all zero; the
@@ -64,6 +67,21 @@ void v_data_IIS3DWBTR(const coder::array<double, 2>& x, double FS, coder::array<
   repair(out.data(), n, kIIS3DWBTR);
 }
 
+LostSamples v_data_ads131_v2(const coder::array<double, 2>& x, double g_del,
+                             coder::array<double, 2>& out) {
+  const int n = x.numel();
+  copyRow(x, n, out);
+  for (int k = 0; k < n; ++k) {
+    const double v = out[k];
+    out[k] = v <= 8388607.0 ? v * 1200.0 / 8388608.0 : (v - 16777215.0) * 1200.0 / 8388608.0;
+  }
+  const LostSamples lost = repair(out.data(), n, kADS131);
+  for (int k = 0; k < n; ++k) {
+    out[k] /= g_del;
+  }
+  return lost;
+}
+
 LostSamples v_data_LIS344(const coder::array<double, 2>& x, double ku, double g_del,
                           coder::array<double, 2>& out) {
   const int n = x.numel();
@@ -71,6 +89,16 @@ LostSamples v_data_LIS344(const coder::array<double, 2>& x, double ku, double g_
   const LostSamples lost = repair(out.data(), n, kLIS344);
   for (int k = 0; k < n; ++k) {
     out[k] = out[k] * 1.1 / ku * 1.0681766510009765 / g_del;
+  }
+  return lost;
+}
+
+LostSamples v_data_rs_89x_x(const coder::array<double, 2>& x, coder::array<double, 2>& out) {
+  const int n = x.numel();
+  copyRow(x, n, out);
+  const LostSamples lost = repair(out.data(), n, kRS89x);
+  for (int k = 0; k < n; ++k) {
+    out[k] /= 1000000.0;
   }
   return lost;
 }
