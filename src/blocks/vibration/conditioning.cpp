@@ -1,5 +1,6 @@
 #include "blocks/vibration/conditioning.h"
 
+#include "blocks/vibration/rotor.h"
 #include "coder/cumtrapz.h"
 #include "coder/detrend.h"
 #include "coder/fft.h"
@@ -17,11 +18,6 @@
 
 namespace vibration {
 namespace {
-
-// g*s to mm/s (and g*s^2 to mm): the literal of the method, as two multiplications.
-double toMillimetres(double v) {
-  return v * 9.8 * 1000.0;
-}
 
 // A band of the statistics, Hz.
 struct Band {

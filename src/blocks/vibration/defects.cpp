@@ -16,10 +16,6 @@ constexpr int kSeries = 6;
 constexpr int kMisalignment = 1, kHarmonicSeries = 2, kSecondHarmonic = 3, kSupplyLine = 5;
 constexpr int kWarning = 1, kAlarm = 2;
 
-double toMillimetres(double v) {
-  return v * 9.8 * 1000.0;
-}
-
 } // namespace
 
 void DefectList::add(int c, int l) {

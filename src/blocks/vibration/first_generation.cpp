@@ -13,11 +13,6 @@
 namespace vibration {
 namespace {
 
-// g*s to mm/s, the literal of the method as two multiplications.
-double toMillimetres(double v) {
-  return v * 9.8 * 1000.0;
-}
-
 double rootSumSquares(const double* v, int n) {
   double sum = 0.0;
   for (int i = 0; i < n; ++i) {

@@ -113,7 +113,7 @@ void search_rotor_frequency_vibro_Freal(double FREAL, double fv, double Lv, doub
     }
     out[a] = search_rotor_frequency_fixed(fv, P, y, n);
     out[a].frequency -= shift;
-    out[a].amplitude = out[a].amplitude * 9.8 * 1000.0;
+    out[a].amplitude = toMillimetres(out[a].amplitude);
   }
 }
 

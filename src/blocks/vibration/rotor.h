@@ -12,6 +12,13 @@ namespace vibration {
 // or followed by a frequency converter ("frequency_control").
 enum class FrequencyMode { fixed, control };
 
+// The lines are scanned in the units of the integrated acceleration, g times seconds; the
+// blocks report them as velocity in mm/s (and a displacement in g*s^2 as mm). Two multiplications, not one by 9800: the rounding
+// of the stored values follows that order.
+inline double toMillimetres(double v) {
+  return v * 9.8 * 1000.0;
+}
+
 struct RotorLine {
   double frequency = 0.0; // Hz
   double amplitude = 0.0; // |S(best)| / n, in the units of the scanned signal

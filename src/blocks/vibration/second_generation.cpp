@@ -18,10 +18,6 @@ constexpr double kStopped = 0.6;
 // The imbalance line: the window about the rotor frequency and its step, Hz.
 constexpr double kImbalanceHalfWidth = 0.2, kImbalanceStep = 0.002;
 
-double toMillimetres(double v) {
-  return v * 9.8 * 1000.0;
-}
-
 double rootSumSquares(const double* v, int n) {
   double sum = 0.0;
   for (int i = 0; i < n; ++i) {
