@@ -314,6 +314,13 @@ private:
       const char* threshold_name, const std::vector<std::string>& velocity_names);
   // The one vibration piece of a single-channel module that concerns the current point.
   const raw* singlePiece() const;
+  // The sample rate of the module's type ("fd"); false, logged, when the type names none.
+  bool typeRate(double& fd);
+  // The first `axes` axis pieces of the row into `in`, with each axis's channel gain when the
+  // sensor needs one. False, logged, when `whole` is set and the pieces differ in length.
+  bool axisPieces(int axes, bool whole, bool gains, vibration::SecondGenerationInput& in);
+  // The one piece of a single-channel module into `in`, with its gain when the sensor needs one.
+  void singleAxis(bool gain, vibration::SecondGenerationInput& in);
   // The first active visualization named `name` at the result's channel and control point,
   // or null: a value nobody is shown is not judged.
   const visualization* shownHere(const std::string& name, const calc_result& result) const;

@@ -106,6 +106,46 @@ bool DataParsing::runSecondGeneration(
   return true;
 }
 
+bool DataParsing::typeRate(double& fd) {
+  fd = moduleDefault("fd");
+  if (fd == 0.0) {
+    log->print(kNoRate);
+    return false;
+  }
+  return true;
+}
+
+bool DataParsing::axisPieces(int axes, bool whole, bool gains,
+                             vibration::SecondGenerationInput& in) {
+  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
+  if (whole) {
+    const std::string lengths = unequalLengths(p, axes);
+    if (!lengths.empty()) {
+      log->print("error length arrays: " + lengths + "\n");
+      return false;
+    }
+  }
+  for (int a = 0; a < axes; ++a) {
+    in.vibro[a] = samples(p.vibro[a], p.Lv);
+    if (gains) {
+      in.g_del[a] = channelGain(p.vibro[a], "xyz"[a]);
+    }
+  }
+  in.Lv = p.Lv;
+  return true;
+}
+
+void DataParsing::singleAxis(bool gain, vibration::SecondGenerationInput& in) {
+  const raw* piece = singlePiece();
+  const int n = piece != nullptr ? int(piece->values.size()) : 0;
+  in.vibro[0] = samples(piece, n);
+  if (gain) {
+    in.g_del[0] = channelGain(
+        piece, piece != nullptr && !piece->sub_channel.empty() ? piece->sub_channel.back() : 'x');
+  }
+  in.Lv = n;
+}
+
 bool DataParsing::computeModule7(DataMotor* motor, DataBearing* bearing) {
   double fv = 0.0, fm = 0.0, FS = 0.0;
   vibrationRates(fv, fm, FS);
@@ -117,17 +157,11 @@ bool DataParsing::computeModule7(DataMotor* motor, DataBearing* bearing) {
     log->print("error data: FS or fd:" + std::to_string(FS) + " : " + std::to_string(fv) + "\n");
     return false;
   }
-  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
-  const std::string lengths = unequalLengths(p, 3);
-  if (!lengths.empty()) {
-    log->print("error length arrays: " + lengths + "\n");
+  vibration::SecondGenerationInput in;
+  if (!axisPieces(3, true, false, in)) {
     return false;
   }
-  vibration::SecondGenerationInput in;
-  for (int a = 0; a < 3; ++a) {
-    in.vibro[a] = samples(p.vibro[a], p.Lv);
-  }
-  in.Lv = p.Lv, in.fs = fv, in.FS = FS, in.poles = double(motor->p2);
+  in.fs = fv, in.FS = FS, in.poles = double(motor->p2);
   return runSecondGeneration(bearing, in, 3, "vibro_tk703_3_ve",
                              vibro_tk703_3_ve_ns::vibro_tk703_3_ve, kThresholdsThreeAxes, {});
 }
@@ -136,61 +170,38 @@ bool DataParsing::computeModule5(DataMotor* motor, DataBearing* bearing) {
   if (type_param == 5) {
     return temperatureRow("SENSOR_T1", [](double v) { return v == kNoSensorMark; });
   }
-  const double fd = moduleDefault("fd");
-  if (fd == 0.0) {
-    log->print(kNoRate);
+  vibration::SecondGenerationInput in;
+  if (!typeRate(in.fs)) {
     return false;
   }
-  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
-  vibration::SecondGenerationInput in;
-  for (int a = 0; a < 3; ++a) {
-    in.vibro[a] = samples(p.vibro[a], p.Lv);
-    in.g_del[a] = channelGain(p.vibro[a], "xyz"[a]);
-  }
+  // A short ADS131 piece reads as lost samples, as with the older modules.
+  axisPieces(3, false, true, in);
   if (in.g_del[0] < kLeastGain) {
     log->print("no data  g_del_x  in param_info.param_settings or param_module\n");
     return false;
   }
-  in.Lv = p.Lv, in.fs = fd, in.poles = double(motor->p2);
+  in.poles = double(motor->p2);
   return runSecondGeneration(bearing, in, 3, "vibro_tk703_4_ve",
                              vibro_tk703_4_ve_ns::vibro_tk703_4_ve, kThresholdsThreeAxes, {});
 }
 
 bool DataParsing::computeModule6(DataMotor* motor, DataBearing* bearing) {
-  const double fd = moduleDefault("fd");
-  if (fd == 0.0) {
-    log->print(kNoRate);
-    return false;
-  }
-  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
-  const std::string lengths = unequalLengths(p, 2);
-  if (!lengths.empty()) {
-    log->print("error length arrays: " + lengths + "\n");
-    return false;
-  }
   vibration::SecondGenerationInput in;
-  for (int a = 0; a < 2; ++a) {
-    in.vibro[a] = samples(p.vibro[a], p.Lv);
-    in.g_del[a] = channelGain(p.vibro[a], "xy"[a]);
+  if (!typeRate(in.fs) || !axisPieces(2, true, true, in)) {
+    return false;
   }
-  in.Lv = p.Lv, in.fs = fd, in.poles = double(motor->p2);
+  in.poles = double(motor->p2);
   return runSecondGeneration(bearing, in, 2, "vibro_tk703_2_ve",
                              vibro_tk703_2_ve_ns::vibro_tk703_2_ve, kThresholdsThreeAxes, {});
 }
 
 bool DataParsing::computeModule6_single(DataMotor* motor, DataBearing* bearing) {
-  const double fd = moduleDefault("fd");
-  if (fd == 0.0) {
-    log->print(kNoRate);
+  vibration::SecondGenerationInput in;
+  if (!typeRate(in.fs)) {
     return false;
   }
-  const raw* piece = singlePiece();
-  const int n = piece != nullptr ? int(piece->values.size()) : 0;
-  vibration::SecondGenerationInput in;
-  in.vibro[0] = samples(piece, n);
-  in.g_del[0] = channelGain(
-      piece, piece != nullptr && !piece->sub_channel.empty() ? piece->sub_channel.back() : 'x');
-  in.Lv = n, in.fs = fd, in.poles = double(motor->p2);
+  singleAxis(true, in);
+  in.poles = double(motor->p2);
   return runSecondGeneration(bearing, in, 1, "vibro_tk703_2_single_ve",
                              vibro_tk703_2_single_ve_ns::vibro_tk703_2_single_ve,
                              kThresholdsThreeAxes, {});
@@ -200,22 +211,11 @@ bool DataParsing::computeModule101(DataMotor* motor, DataBearing* bearing) {
   if (type_param == 200 || type_param == 201) {
     return precomputedValues(kVelocityAxes);
   }
-  const double fd = moduleDefault("fd");
-  if (fd == 0.0) {
-    log->print(kNoRate);
-    return false;
-  }
-  const Pieces p = gather(raws, axes_xyz_first, axes_xyz_second);
-  const std::string lengths = unequalLengths(p, 3);
-  if (!lengths.empty()) {
-    log->print("error length arrays: " + lengths + "\n");
-    return false;
-  }
   vibration::SecondGenerationInput in;
-  for (int a = 0; a < 3; ++a) {
-    in.vibro[a] = samples(p.vibro[a], p.Lv);
+  if (!typeRate(in.fs) || !axisPieces(3, true, false, in)) {
+    return false;
   }
-  in.Lv = p.Lv, in.fs = fd, in.poles = double(motor->p2);
+  in.poles = double(motor->p2);
   return runSecondGeneration(bearing, in, 3, "vibro_rs893_4_ve",
                              vibro_rs893_4_ve_ns::vibro_rs893_4_ve, kThresholdsThreeAxes,
                              kVelocityAxes);
@@ -225,16 +225,12 @@ bool DataParsing::computeModule102(DataMotor* motor, DataBearing* bearing) {
   if (type_param == 200 || type_param == 201) {
     return precomputedValues({"VEL_RMS_CF_4"});
   }
-  const double fd = moduleDefault("fd");
-  if (fd == 0.0) {
-    log->print(kNoRate);
+  vibration::SecondGenerationInput in;
+  if (!typeRate(in.fs)) {
     return false;
   }
-  const raw* piece = singlePiece();
-  const int n = piece != nullptr ? int(piece->values.size()) : 0;
-  vibration::SecondGenerationInput in;
-  in.vibro[0] = samples(piece, n);
-  in.Lv = n, in.fs = fd, in.poles = double(motor->p2);
+  singleAxis(false, in);
+  in.poles = double(motor->p2);
   return runSecondGeneration(bearing, in, 1, "vibro_rs893_2_ve",
                              vibro_rs893_2_ve_ns::vibro_rs893_2_ve, "VEL_RMS_CF_1",
                              {"VEL_RMS_CF_4"});
