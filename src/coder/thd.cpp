@@ -4,6 +4,7 @@
 #include "coder/sum.h"
 #include "coder/windows.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -53,14 +54,18 @@ void getToneFromPSD(const array<double, 1>& Pxx, const array<double, 1>& F, doub
   } else {
     if (!(toneFreq >= F[0] && toneFreq <= F[n - 1]))
       return;
-    int nearest = 0;
-    double best = std::fabs(F[0] - toneFreq);
-    for (int k = 1; k < n; ++k) {
-      const double d = std::fabs(F[k] - toneFreq);
-      if (d < best) {
-        best = d;
-        nearest = k;
-      }
+    // On an ascending grid the distance to the tone falls up to the first bin at or above it
+    // and rises from there: the nearest bin is that one or the last below it, the first of
+    // equal distances winning as in a pass over every bin. The spectra of long records have
+    // thousands of bins and each of forty harmonics looks one up.
+    int nearest = int(std::lower_bound(F.data(), F.data() + n, toneFreq) - F.data());
+    if (nearest > 0) {
+      int below = nearest - 1;
+      const double d = std::fabs(F[below] - toneFreq);
+      while (below > 0 && std::fabs(F[below - 1] - toneFreq) == d)
+        --below;
+      if (nearest == n || d <= std::fabs(F[nearest] - toneFreq))
+        nearest = below;
     }
     const int lo = nearest > 0 ? nearest - 1 : 0;
     const int hi = nearest + 1 < n ? nearest + 1 : n - 1;

@@ -14,7 +14,7 @@ namespace coder {
 // interior bin: Pxx * half the distance of its neighbours; else Pxx * mean bin width), and
 // at least rbw * Pxx(peak), in which case freq is the peak bin's frequency. A target
 // outside [F(0), F(end)] or NaN gives power and freq NaN and left > right. left, right are
-// 0-based bin indices of the tone. Pxx and F have the same length >= 1.
+// 0-based bin indices of the tone. Pxx and F have the same length >= 1; F ascends.
 void getToneFromPSD(const array<double, 1>& Pxx, const array<double, 1>& F, double rbw,
                     bool has_target, double toneFreq, double& power, double& freq, int& left,
                     int& right);

@@ -562,11 +562,13 @@ TEST(HandWorked, StatisticsWhereMatlabAndOctavePartAndThdToneSearch) {
   same({stat(coder::sum, ones), zs.re, zs.im}, {0, stat(coder::sum, re), stat(coder::sum, im)});
   // a tone over bins 0..4 of a PSD on a grid of uneven steps. Global maximum at bin 2: the
   // left roll stops at bin 0, the right one after bin 4 (0.05 < 0.2); the tone starts at 0 Hz,
-  // so the extra width (4 - 0)/4 goes to the end. Near 5.2 Hz: bins 4..6, extra width first.
+  // so the extra width (4 - 0)/4 goes to the end. At 3.5 Hz, as near bin 3 as bin 4, the lower
+  // one is nearest: bins 2..4, the same tone. Near 5.2 Hz: bins 4..6, extra width first.
   // A wide noise bandwidth lifts the power and pins the frequency; beyond the grid: NaN.
   const auto P = toColumn({0.1, 2.0, 8.0, 4.0, 0.05, 0.2, 0.1});
   const auto F = toColumn({0, 1, 2.5, 3, 4, 5.5, 6});
   for (const auto& [name, c] : lines(std::istringstream(R"(0.5 0 0 | 11.15 2.4169611307420498 0 4
+    0.5 1 3.5 | 11.15 2.4169611307420498 0 4
     0.5 1 5.2 | 0.4 5.4285714285714288 4 6
     3 1 5 | 0.6000000000000001 5.5 4 6
     0.5 1 6.5 | nan nan)"))) {
