@@ -13,14 +13,6 @@
 namespace vibration {
 namespace {
 
-double rootSumSquares(const double* v, int n) {
-  double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += v[i] * v[i];
-  }
-  return std::sqrt(sum);
-}
-
 // A machine whose velocity in the 10-990 Hz band sums to less than this over its three axes
 // counts as stopped: no speed is believed, mm/s.
 constexpr double kStopped = 1.2;

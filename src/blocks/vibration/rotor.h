@@ -6,6 +6,8 @@
 #include "blocks/vibration/scans.h"
 #include "coder/rtwtypes.h"
 
+#include <cmath>
+
 namespace vibration {
 
 // The frequency mode of the option word: the supply fixed near 50 Hz ("frequency_fixed")
@@ -17,6 +19,16 @@ enum class FrequencyMode { fixed, control };
 // of the stored values follows that order.
 inline double toMillimetres(double v) {
   return v * 9.8 * 1000.0;
+}
+
+// A line or a band seen on several axes is reported as one figure for the machine: the root
+// of the sum of the axes' squares.
+inline double rootSumSquares(const double* v, int n) {
+  double sum = 0.0;
+  for (int i = 0; i < n; ++i) {
+    sum += v[i] * v[i];
+  }
+  return std::sqrt(sum);
 }
 
 struct RotorLine {

@@ -18,14 +18,6 @@ constexpr double kStopped = 0.6;
 // The imbalance line: the window about the rotor frequency and its step, Hz.
 constexpr double kImbalanceHalfWidth = 0.2, kImbalanceStep = 0.002;
 
-double rootSumSquares(const double* v, int n) {
-  double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += v[i] * v[i];
-  }
-  return std::sqrt(sum);
-}
-
 void convert(const SecondGenerationForm& form, const SecondGenerationInput& in, int a,
              coder::array<double, 2>& g) {
   switch (form.converter) {
