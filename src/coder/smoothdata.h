@@ -36,7 +36,15 @@ double chooseWindowSize(const double* a, const double* t, int n);
 //   holds one point and s = a.
 // - A window with at most three samples of non-zero weight, the point itself among them, is
 //   fitted exactly by the quadratic: s(i) = a(i). A window without valid sample gives NaN.
+// Each fit comes from the weighted moments of its window, drawn from running sums that
+// neighbouring points share, so that a point costs a few hundred operations whatever its
+// window; the results agree with localRegressionDirect to rounding.
 void localRegression(const double* a, const double* t, int n, double window, double* s);
+
+// The same regression solved by least squares (pivoted QR) once per point over its members:
+// n times the window in work. Histories whose stamps are out of order or not finite, or with
+// infinite values, take this path from localRegression.
+void localRegressionDirect(const double* a, const double* t, int n, double window, double* s);
 
 } // namespace internal
 } // namespace coder

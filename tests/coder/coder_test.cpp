@@ -193,10 +193,11 @@ int second(const S& k) { // "<a>_<b>" -> b
 // a 2-column QR, on the input's scale; kGridTol Octave builds the grid another way; kPolyfitTol
 // pivoted QR against unpivoted, cond < 1e3; kKaiserTol Octave's Bessel series, ends near 1e-16;
 // kEnvTol two FFTs, a 51-tap convolution, a modulus; kPchipTol another order of the cubic;
-// kThdTol tone sums agree to 1e-12, a skirt bin may be decided otherwise; kLoessTol two QR
-// solvers, kWindowTol a whole number of steps; kSumTol blocked against plain sums of 16384;
-// kMomentTol powers amplify it; kMedianTol the last bit of an even count's average; kFirlsTol
-// another formulation, drifting with the condition: ~1e7 at order 298, 7.8e10 at order 500.
+// kThdTol tone sums agree to 1e-12, a skirt bin may be decided otherwise; kLoessTol normal
+// equations against QR, kWindowTol a whole number of steps; kSumTol blocked against plain sums of
+// 16384; kMomentTol powers amplify it; kMedianTol the last bit of an even count's average;
+// kFirlsTol another formulation, drifting with the condition: ~1e7 at order 298, 7.8e10 at order
+// 500.
 constexpr double kExact = 0, kFftTol = 1e-12, kOneUlpSums = 1e-15, kDirectSums = 1e-14,
                  kDetrendTol = 1e-13, kGridTol = 1e-13, kPolyfitTol = 1e-12, kKaiserTol = 2e-14,
                  kEnvTol = 1e-12, kPchipTol = 1e-13, kThdTol = 1e-9, kLoessTol = 1e-12,
@@ -615,6 +616,38 @@ TEST(Smoothdata, SmallWindowsMissingValuesRepeatedStampsAndUnevenEnds) {
   for (double samples : {5, 6, 9, 10, 17, 50})
     EXPECT_TRUE(near(loess(x, nudged, samples * 600), loess(x, te, samples * 600), 1e-12))
         << samples;
+  // the running moments against one QR solve per window, on a slow rise with noise and a step:
+  // stamps even (0), jittered with NaN rows and a gap (1), in bursts (2), repeated (3); windows
+  // of rows 600 s apart, from four to wider than the history
+  constexpr double kMomentsTol = 1e-12; // normal equations square a condition of some hundreds
+  for (const auto& [name, c] : lines(std::istringstream(R"(1000 0 443
+    1000 1 2000
+    300 1 17.5
+    300 2 40
+    81 2 43
+    400 3 60.5
+    200 3 7
+    200 3 2.5
+    5 0 4
+    12 1 30
+    60 0 59
+    60 0 200)"))) {
+    const int n = int(c[0][0]), kind = int(c[0][1]);
+    const double steps = c[0][2];
+    const V r = lcgSignal(n + kind, 2 * n);
+    V tk(r.size() / 2, 0.0), ak(tk), direct(tk);
+    for (size_t k = 0; k < tk.size(); ++k) {
+      const double u = r[k] + 0.5, dt[] = {600, 300 + 600 * u, u < 0.2 ? 1e5 * u : 20 * u};
+      const double step =
+          (kind == 3 ? 600.0 * (u > 0.3) : dt[kind]) + 9e3 * (kind == 1 && k == 100);
+      tk[k] = k ? tk[k - 1] + step : 0;
+      ak[k] = kind == 1 && k % 9 == 4
+                  ? kNaN
+                  : 1 + 1e-12 * tk[k] * tk[k] + 0.05 * r[k + tk.size()] + (k > 40);
+    }
+    coder::internal::localRegressionDirect(ak.data(), tk.data(), n, steps * 600, direct.data());
+    EXPECT_TRUE(near(loess(ak, tk, steps * 600), direct, kMomentsTol)) << n << " " << kind;
+  }
 }
 
 TEST(HandWorked, CoderArrayAndImplicitExpansion) {
