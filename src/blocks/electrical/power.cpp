@@ -1,7 +1,6 @@
 #include "blocks/electrical/power.h"
 
 #include "coder/fft.h"
-#include "coder/hilbert.h"
 #include "coder/minmax.h"
 #include "coder/rt_nonfinite.h"
 #include "coder/rt_snf.h"
@@ -14,17 +13,29 @@
 namespace calc_modul_7R_full_ns {
 namespace {
 
-// C(a, b): the complex power of one wattmeter from the analytic voltage and current.
+// C(a, b): the complex power of one wattmeter, 0.5 / N times the sum over the samples of the
+// analytic voltage times the conjugate analytic current. By Parseval's theorem that sum is 1/n
+// times the one over the bins of their spectra, and an analytic spectrum is the real one with
+// its positive frequencies doubled, DC and the Nyquist bin kept once and the negative ones
+// gone: one real transform per channel instead of a forward and an inverse complex one, the
+// same sum to rounding. Channels of unequal length have no common samples.
 creal_T wattmeter(const coder::array<double, 2>& a, const coder::array<double, 2>& b, double N) {
-  coder::array<creal_T, 2> ha, hb;
-  coder::hilbert(a, ha);
-  coder::hilbert(b, hb);
-  std::vector<creal_T> products(size_t(ha.numel()));
-  for (int k = 0; k < ha.numel(); ++k) {
-    const creal_T x = ha[k], y = hb[k];
-    products[size_t(k)] = {x.re * y.re + x.im * y.im, x.im * y.re - x.re * y.im};
+  const int n = a.numel() == b.numel() ? a.numel() : 0;
+  creal_T total{0.0, 0.0};
+  if (n > 0) {
+    const int half = n / 2 + 1;
+    std::vector<creal_T> A(static_cast<size_t>(half)), B(A.size()), products(A.size());
+    coder::internal::fftRealHalf(a.data(), n, n, A.data());
+    coder::internal::fftRealHalf(b.data(), n, n, B.data());
+    for (int k = 0; k < half; ++k) {
+      const double weight = k == 0 || 2 * k == n ? 1.0 : 4.0;
+      const creal_T x = A[size_t(k)], y = B[size_t(k)];
+      products[size_t(k)] = {weight * (x.re * y.re + x.im * y.im),
+                             weight * (x.im * y.re - x.re * y.im)};
+    }
+    total = coder::sum(products.data(), half);
+    total = {total.re / n, total.im / n};
   }
-  const creal_T total = coder::sum(products.data(), int(products.size()));
   return {0.5 / N * total.re, 0.5 / N * total.im};
 }
 
