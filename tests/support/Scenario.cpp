@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <sstream>
@@ -33,6 +34,9 @@ public:
   explicit Scenario(fs::path path) : path_(std::move(path)) {}
   // Reads the file line by line and performs each directive once its body has been read.
   void TestBody() override {
+    if (StoreTest::fileText(path_.string()).find("\n--- restart") != std::string::npos &&
+        std::getenv("VEK_OWN_CLUSTER") == nullptr)
+      GTEST_SKIP() << "restarts the server: runs alone, on a cluster of its own";
     directory_ = (fs::temp_directory_path() / "vek-run.XXXXXX").string();
     ASSERT_NE(mkdtemp(directory_.data()), nullptr);
     try {
@@ -129,6 +133,14 @@ private:
         }
         at = w == "log" ? found + line.size() : 0;
       }
+    } else if (w == "restart") {
+      const char* ctl = std::getenv("VEK_PGCTL");
+      if (ctl == nullptr ||
+          std::system((std::string(ctl) + " restart -m fast -w >/dev/null").c_str()) != 0) {
+        ADD_FAILURE() << "the server did not restart";
+        return false;
+      }
+      sql_.emplace(db_->connectionString());
     } else if (w == "wait") {
       std::this_thread::sleep_for(std::chrono::seconds(std::stoi(argument)));
     } else {

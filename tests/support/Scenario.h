@@ -11,6 +11,8 @@
 //   --- log F, nolog F  the lines occur in this order / none occurs in F: stdout or stderr of all
 //                       runs so far, run or error (the logs DB_c*.log, DB_c*_error.log)
 //   --- wait N          sleeps N seconds
+//   --- restart         stops the server fast and starts it again; a file with a restart runs
+//                       only where VEK_OWN_CLUSTER is set, on a cluster no other test shares
 #include <string>
 
 namespace vek_test {
