@@ -126,7 +126,8 @@ void BM_stage_bearing_lines(benchmark::State& state) {
   const Row& r = row(int(state.range(0)));
   for (auto _ : state) {
     double lines[4];
-    mcsa_bpfio(*r.stream, r.x, r.n(), vibration::BearingMode::filter_cor, r.in.bearing, lines);
+    mcsa_bpfio(*r.stream, r.x, r.z.data(), r.n(), vibration::BearingMode::filter_cor, r.in.bearing,
+               lines);
     benchmark::DoNotOptimize(lines[0]);
   }
 }

@@ -68,11 +68,15 @@ RotorSidebands rotorSidebands(const Stream& stream, const creal_T* z, int N, dou
   return out;
 }
 
-void mcsa_bpfio(const Stream& stream, const coder::array<double, 2>& x, int N,
+void mcsa_bpfio(const Stream& stream, const coder::array<double, 2>& x, const creal_T* z, int N,
                 vibration::BearingMode mode, const vibration::BearingGeometry& bearing,
                 double out[4]) {
   const vibration::BearingLines lines =
-      vibration::vibro_rms_bpfio_1(stream.rate, N, kBearingShaft, bearing, x, mode, stream.rate);
+      mode == vibration::BearingMode::filter_cor
+          ? vibration::bearingScans(z, N, stream.rate,
+                                    vibration::faultFrequencies(bearing, kBearingShaft))
+          : vibration::vibro_rms_bpfio_1(stream.rate, N, kBearingShaft, bearing, x, mode,
+                                         stream.rate);
   out[0] = lines.bpfo, out[1] = lines.bpfi, out[2] = lines.ftf, out[3] = lines.bsf;
 }
 

@@ -26,8 +26,9 @@ RotorSidebands rotorSidebands(const Stream& stream, const creal_T* z, int N, dou
 
 // mcsa_bpfio, b_mcsa_bpfio: the four bearing lines in the current x for a shaft at the fixed
 // 25 Hz, as vibro_rms_bpfio_1 measures them at the stream's rate (the envelope spectrum at
-// the same rate); out in the order BPFO, BPFI, FTF, BSF.
-void mcsa_bpfio(const Stream& stream, const coder::array<double, 2>& x, int N,
+// the same rate); out in the order BPFO, BPFI, FTF, BSF. z = hilbert(x), which the rotor
+// analysis needs as well, is scanned for them, N samples of it.
+void mcsa_bpfio(const Stream& stream, const coder::array<double, 2>& x, const creal_T* z, int N,
                 vibration::BearingMode mode, const vibration::BearingGeometry& bearing,
                 double out[4]);
 

@@ -110,8 +110,10 @@ void calc_modul_i(const Stream& stream, const Phases& i, double N, const Motor& 
       motor.p2, N, x, vibration::FrequencyMode::fixed, vibration::FieldFilter::amp1);
   out.supply = supply.F, out.slip = supply.s;
 
+  coder::array<creal_T, 2> z;
+  coder::hilbert(x, z);
   if (!options.no_bearing_lines) {
-    mcsa_bpfio(stream, x, n, options.bearing, bearing, out.bearing_lines);
+    mcsa_bpfio(stream, x, z.data(), n, options.bearing, bearing, out.bearing_lines);
   }
 
   double f[3], db[3];
@@ -121,8 +123,6 @@ void calc_modul_i(const Stream& stream, const Phases& i, double N, const Motor& 
   static const int kOwn[3] = {0, 1, 2};
   percentages(band(options), f, db, kOwn, out.THD_I);
 
-  coder::array<creal_T, 2> z;
-  coder::hilbert(x, z);
   const RotorSidebands rotor = rotorSidebands(stream, z.data(), n, supply.F, supply.s);
   out.sideband_low = rotor.low, out.sideband_high = rotor.high;
   out.quality = rotor.level != 0 ? 2.0 : 1.0;

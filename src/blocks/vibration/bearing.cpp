@@ -35,6 +35,21 @@ FaultFrequencies faultFrequencies(const BearingGeometry& b, double fr) {
           (1.0 - r * c) * 0.5 * fr, (1.0 - c * c * r) * (b.pitch / b.ball) * fr};
 }
 
+BearingLines bearingScans(const creal_T* z, int n, double fs, const FaultFrequencies& f) {
+  BearingLines out;
+  const double lines[4] = {f.bpfo, f.bpfi, f.ftf, f.bsf};
+  double* amplitude[4] = {&out.bpfo, &out.bpfi, &out.ftf, &out.bsf};
+  double* frequency[4] = {&out.f_bpfo, &out.f_bpfi, &out.f_ftf, &out.f_bsf};
+  for (int i = 0; i < 4; ++i) {
+    const Scan s = scanRange(z, n, 1.0 / fs, lines[i] - 1.0, 0.01, lines[i] + 1.0);
+    if (!s.sums.empty()) {
+      *amplitude[i] = s.modulus;
+      *frequency[i] = s.best * 0.01 + lines[i] - 1.0;
+    }
+  }
+  return out;
+}
+
 BearingLines vibro_rms_bpfio_1(double fs, int n, double fr, const BearingGeometry& bearing,
                                const coder::array<double, 2>& x, BearingMode mode,
                                double envelope_rate) {
@@ -43,18 +58,7 @@ BearingLines vibro_rms_bpfio_1(double fs, int n, double fr, const BearingGeometr
   if (mode == BearingMode::filter_cor) {
     coder::array<creal_T, 2> z;
     coder::hilbert(x, z);
-    const int m = std::min(n, z.numel());
-    const double lines[4] = {f.bpfo, f.bpfi, f.ftf, f.bsf};
-    double* amplitude[4] = {&out.bpfo, &out.bpfi, &out.ftf, &out.bsf};
-    double* frequency[4] = {&out.f_bpfo, &out.f_bpfi, &out.f_ftf, &out.f_bsf};
-    for (int i = 0; i < 4; ++i) {
-      const Scan s = scanRange(z.data(), m, 1.0 / fs, lines[i] - 1.0, 0.01, lines[i] + 1.0);
-      if (!s.sums.empty()) {
-        *amplitude[i] = s.modulus;
-        *frequency[i] = s.best * 0.01 + lines[i] - 1.0;
-      }
-    }
-    return out;
+    return bearingScans(z.data(), std::min(n, z.numel()), fs, f);
   }
   coder::array<double, 1> E, G, envelope, t;
   coder::envspectrum(x, envelope_rate, E, G, envelope, t);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "coder/coder_array.h"
+#include "coder/rtwtypes.h"
 
 #include <cmath>
 
@@ -39,6 +40,10 @@ struct BearingLines {
 // (the modulus of the best sum, not divided by n); envspectrum takes envspectrum(x,
 // envelope_rate), with the block's fixed rate, and the highest bin strictly within five bins
 // of each line; its frequency is read one bin above that bin, as the plants' history has it.
+// The filter_cor lines from the n samples of an analytic signal z at fs that the caller holds
+// for more than the bearing.
+BearingLines bearingScans(const creal_T* z, int n, double fs, const FaultFrequencies& f);
+
 BearingLines vibro_rms_bpfio_1(double fs, int n, double fr, const BearingGeometry& bearing,
                                const coder::array<double, 2>& x, BearingMode mode,
                                double envelope_rate);
