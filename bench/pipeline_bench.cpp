@@ -3,11 +3,13 @@
 // stamps. Figures are per sample (per record for the timed form). Beside them the math of the
 // middle and the trend over a parameter's history, per row of history: the running median of
 // 100 values, and the trend block over 1000 rows at one speed every 10 minutes, plain and with
-// a 28-day forecast.
+// a 28-day forecast; its smoothing of the same history alone, by the running moments and by the
+// solve per point that they replaced.
 #include "pipeline/DataParsing.h"
 
 #include "blocks/median_filter/median_filter.h"
 #include "blocks/trend/detrend_filter_group_mon_rul.h"
+#include "coder/smoothdata.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,6 +17,7 @@
 #include <cstdio>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -122,6 +125,34 @@ void BM_detrend_filter_group_mon_rul_forecast(benchmark::State& state) {
   trendOfHistory(state, 1);
 }
 BENCHMARK(BM_detrend_filter_group_mon_rul_forecast)->Arg(1000);
+
+// The trend block's smoothing of a rising history of state.range(0) rows with its own window.
+void smoothHistory(benchmark::State& state,
+                   void (*regression)(const double*, const double*, int, double, double*)) {
+  const int n = static_cast<int>(state.range(0));
+  std::vector<double> t(static_cast<std::size_t>(n));
+  std::vector<double> a(t.size());
+  std::vector<double> s(t.size());
+  for (std::size_t k = 0; k < t.size(); ++k) {
+    t[k] = 600.0 * static_cast<double>(k);
+    a[k] = 1.0 + 0.01 * (t[k] / 86400.0) * (t[k] / 86400.0);
+  }
+  const double window = coder::internal::chooseWindowSize(a.data(), t.data(), n);
+  for (auto _ : state) {
+    regression(a.data(), t.data(), n, window, s.data());
+    benchmark::DoNotOptimize(s.data());
+  }
+  state.SetItemsProcessed(state.iterations() * n);
+}
+void BM_localRegression(benchmark::State& state) {
+  smoothHistory(state, coder::internal::localRegression);
+}
+BENCHMARK(BM_localRegression)->Arg(1000);
+
+void BM_localRegressionDirect(benchmark::State& state) {
+  smoothHistory(state, coder::internal::localRegressionDirect);
+}
+BENCHMARK(BM_localRegressionDirect)->Arg(1000);
 
 } // namespace
 
