@@ -124,6 +124,7 @@ double fitAt(const double* a, const double* t, const std::vector<int>& members, 
 constexpr int kPowers = 14;
 constexpr int kValuePowers = 12;
 constexpr int kSums = kPowers + kValuePowers;
+// C(k, q): the shift of the sums from a block's first point onto each of its points.
 constexpr double kBinomial[kPowers][kPowers] = {
     {1},
     {1, 1},
@@ -381,6 +382,29 @@ void fitWindows(const double* a, const double* t, int n, const std::vector<int>&
   }
 }
 
+// Rows per window on evenly spaced stamps; below 2 (a NaN window too) the data stands as it is.
+int uniformRows(double window, double dt, int n) {
+  const double samples = std::trunc(window / dt);
+  return !(samples >= 2.0) ? 0 : samples >= n ? n : static_cast<int>(samples);
+}
+
+// Point i's window of w rows on evenly spaced stamps: centred, or shifted whole onto the first
+// or last w rows near the ends.
+void uniformSpan(int i, int n, int w, int& first, int& last) {
+  const int h = w / 2;
+  const int edge = (w + 1) / 2;
+  first = i < edge ? 0 : i >= n - edge ? n - w : i - h;
+  last = i < edge ? w - 1 : i >= n - edge ? n - 1 : i + h;
+}
+
+// Whether a window under twice the smallest step leaves every point alone with itself.
+bool singleRowWindows(const double* t, int n, double window) {
+  double min_step = std::numeric_limits<double>::infinity();
+  for (int k = 1; k < n; ++k)
+    min_step = std::min(min_step, t[k] - t[k - 1]);
+  return 2.0 * min_step > window;
+}
+
 bool finiteNonDecreasing(const double* t, int n) {
   for (int k = 0; k < n; ++k) {
     if (!std::isfinite(t[k]) || (k > 0 && t[k] < t[k - 1]))
@@ -440,28 +464,15 @@ void localRegressionDirect(const double* a, const double* t, int n, double windo
     has_nan = has_nan || std::isnan(a[k]);
   std::vector<int> members;
   if (n >= 2 && !has_nan && exactlyUniform(t, n)) {
-    const double dt = t[1] - t[0];
-    const double samples = std::trunc(window / dt);
-    const int w = !(samples >= 2.0) ? 0 : samples >= n ? n : static_cast<int>(samples);
+    const int w = uniformRows(window, t[1] - t[0], n);
     if (w < 2) {
       std::copy(a, a + n, s);
       return;
     }
-    const int h = w / 2;
-    const int edge = (w + 1) / 2;
     for (int i = 0; i < n; ++i) {
-      int first;
-      int last;
-      if (i < edge) {
-        first = 0;
-        last = w - 1;
-      } else if (i >= n - edge) {
-        first = n - w;
-        last = n - 1;
-      } else {
-        first = i - h;
-        last = i + h;
-      }
+      int first = 0;
+      int last = -1;
+      uniformSpan(i, n, w, first, last);
       members.clear();
       for (int j = first; j <= last; ++j)
         members.push_back(j);
@@ -469,10 +480,7 @@ void localRegressionDirect(const double* a, const double* t, int n, double windo
     }
     return;
   }
-  double min_step = std::numeric_limits<double>::infinity();
-  for (int k = 1; k < n; ++k)
-    min_step = std::min(min_step, t[k] - t[k - 1]);
-  if (2.0 * min_step > window) {
+  if (singleRowWindows(t, n, window)) {
     std::copy(a, a + n, s);
     return;
   }
@@ -515,24 +523,15 @@ void localRegression(const double* a, const double* t, int n, double window, dou
   std::vector<int> lo(static_cast<size_t>(n));
   std::vector<int> hi(static_cast<size_t>(n));
   if (!has_nan && exactlyUniform(t, n)) {
-    const double samples = std::trunc(window / (t[1] - t[0]));
-    const int w = !(samples >= 2.0) ? 0 : samples >= n ? n : static_cast<int>(samples);
+    const int w = uniformRows(window, t[1] - t[0], n);
     if (w < 2) {
       std::copy(a, a + n, s);
       return;
     }
-    const int h = w / 2;
-    const int edge = (w + 1) / 2;
-    for (int i = 0; i < n; ++i) {
-      const size_t k = static_cast<size_t>(i);
-      lo[k] = i < edge ? 0 : i >= n - edge ? n - w : i - h;
-      hi[k] = i < edge ? w - 1 : i >= n - edge ? n - 1 : i + h;
-    }
+    for (int i = 0; i < n; ++i)
+      uniformSpan(i, n, w, lo[static_cast<size_t>(i)], hi[static_cast<size_t>(i)]);
   } else {
-    double min_step = std::numeric_limits<double>::infinity();
-    for (int k = 1; k < n; ++k)
-      min_step = std::min(min_step, t[k] - t[k - 1]);
-    if (2.0 * min_step > window) {
+    if (singleRowWindows(t, n, window)) {
       std::copy(a, a + n, s);
       return;
     }
