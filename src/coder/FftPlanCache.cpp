@@ -1,33 +1,14 @@
 #include "coder/FftPlanCache.h"
 
-#include <malloc.h>
-
 #include <new>
 
 namespace coder {
 namespace internal {
 
-namespace {
-
-// The transforms of a block take and free buffers of hundreds of kilobytes to megabytes in
-// every call. By default glibc maps such buffers afresh and gives them back to the kernel
-// when freed (or trims them off the heap), so every call faults its pages in again and has
-// them cleared: on a virtual machine that costs more than the transforms themselves (a
-// third of a vibration row). Kept in the heap, the pages of one call serve the next; the
-// process stays at the size of its largest call, which it reaches on every row anyway.
-void keepBuffersInHeap() {
-#ifdef M_MMAP_THRESHOLD
-  mallopt(M_MMAP_THRESHOLD, 32 << 20);
-  mallopt(M_TRIM_THRESHOLD, 256 << 20);
-#endif
-}
-
-} // namespace
-
 FftPlanCache& FftPlanCache::instance() {
   // Never destroyed: a detached recalculation thread may still transform while the process
   // exits, and the plans die with the process anyway.
-  static FftPlanCache* cache = (keepBuffersInHeap(), new FftPlanCache());
+  static FftPlanCache* cache = new FftPlanCache();
   return *cache;
 }
 
