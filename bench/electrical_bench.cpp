@@ -5,8 +5,10 @@
 // record the supply and slip analysis presumes). For each: the whole block, its stages, its
 // FFT floor (the plain transforms of the lengths the row needs: a real transform per channel
 // for the distortion's periodogram, a complex forward and inverse per analytic signal, the
-// Clarke component's and, for the power, each channel's), and the row's correlation scans by
-// the kernel beside the same scans in direct form (a sine and a cosine per term).
+// Clarke component's and, for the power, each channel's; the power now reads its sums from real
+// spectra, but the floor stays that of the analysis as stated, so that figures compare), and
+// the row's correlation scans by the kernel beside the same scans in direct form (a sine and a
+// cosine per term).
 #include "blocks/electrical/calc_modul_7R_full.h"
 #include "blocks/electrical/current_signature.h"
 #include "blocks/electrical/options.h"
