@@ -167,6 +167,10 @@ RotorLine find_rotor_freq_base(double fs, double P, const double* w, int n, Freq
   coder::hilbert(x, z);
   const double fs8 = signal_ndec(fs, z);
   const int m = z.numel();
+  // A record shorter than the decimation step leaves nothing to scan.
+  if (m <= 0) {
+    return line;
+  }
 
   std::vector<double> f, a;
   double f0;
