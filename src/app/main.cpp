@@ -2,6 +2,7 @@
 #include "process/process_state.h"
 #include "process/start_up.h"
 
+#include <cstdlib>
 #include <malloc.h>
 
 namespace {
@@ -19,10 +20,19 @@ void keepBuffersInHeap() {
 #endif
 }
 
+// The middle and the trend turn the dates of a parameter's history into seconds in the host's
+// zone, up to a thousand of them per parameter and measurement. With TZ unset glibc looks at
+// /etc/localtime again for each one; naming that same file as TZ has it read once. A zone the
+// operator has set is kept.
+void readZoneOnce() {
+  setenv("TZ", ":/etc/localtime", 0);
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
   keepBuffersInHeap();
+  readZoneOnce();
   process::run_ip = findRunIp();
   installSignalHandlers();
   const CommandLine options = readCommandLine(argc, argv);
