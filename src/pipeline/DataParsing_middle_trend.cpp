@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -25,7 +24,6 @@
 
 namespace {
 
-const char* const kDateFormat = "%Y-%m-%d %H:%M:%S";
 // type_message of a forecast notification.
 constexpr int kForecastMessage = 6;
 // A series that short is not written back: three values say nothing about a history.
@@ -36,11 +34,6 @@ constexpr std::size_t kFewestTrendParameters = 5;
 constexpr double kTurningFrequency = 0.1;
 constexpr int kDefaultRulDays = 28;
 constexpr double kSecondsPerDay = 86400.0;
-
-// The whole seconds from one stored date to another.
-long secondsBetween(const std::string& from, const std::string& to) {
-  return stringToSec(to, kDateFormat) - stringToSec(from, kDateFormat);
-}
 
 // The bulk rewrite of one column over the rows staged in result_temp: stage, join, empty.
 // Nothing else may use result_temp between the three statements.
@@ -100,6 +93,11 @@ public:
   }
 
   void calculateMiddle2() {
+    std::size_t rows = 0;
+    for (const str_middle& s : series) {
+      rows += s.values.size();
+    }
+    updates.reserve(rows);
     for (str_middle& s : series) {
       const int n = s.count;
       coder::array<double, 2> x;
@@ -222,7 +220,7 @@ public:
           continue;
         }
         s.ids.push_back(ids[i]);
-        s.dates.push_back(dates[i]);
+        s.dates.push_back(std::move(dates[i]));
         s.values.push_back(values[i]);
         s.frm.push_back(found->second);
       }
@@ -243,6 +241,13 @@ public:
     if (series.size() <= kFewestTrendParameters || bad_sizes) {
       return;
     }
+    std::size_t rows = 0;
+    for (const str_trend& s : series) {
+      rows += s.values.size();
+    }
+    trend_rows.reserve(rows);
+    // The dates of all parameters come from the same measurements: one reader for them all.
+    LocalDateReader dates;
     for (str_trend& s : series) {
       const int n = s.count;
       coder::array<double, 1> x;
@@ -251,12 +256,13 @@ public:
       x.set_size(n);
       f.set_size(n);
       t.set_size(n);
-      const std::string& oldest = s.dates[static_cast<std::size_t>(n - 1)];
+      // Whole seconds from the oldest row.
+      const long oldest = dates.seconds(s.dates[static_cast<std::size_t>(n - 1)]);
       for (int k = 0; k < n; ++k) {
         const auto row = static_cast<std::size_t>(n - 1 - k);
         x[k] = s.values[row];
         f[k] = s.frm[row];
-        t[k] = static_cast<double>(secondsBetween(oldest, s.dates[row]));
+        t[k] = static_cast<double>(dates.seconds(s.dates[row]) - oldest);
       }
       double thresholds[3] = {0.0, 0.0, 0.0};
       for (const visualization& v : list) {
@@ -283,7 +289,7 @@ public:
       // the two agree when the history begins at the speed of now, as it does on a machine
       // of one speed; the users' tools read the curve so.
       if (curve.x.numel() > 1 && curve.y.numel() == curve.x.numel()) {
-        const long span = secondsBetween(oldest, s.dates.front());
+        const long span = dates.seconds(s.dates.front()) - oldest;
         if (span > 0) {
           for (int j = 0; j < curve.x.numel(); ++j) {
             if (!std::isnan(curve.x[j]) && !std::isnan(curve.y[j])) {
@@ -376,12 +382,14 @@ public:
       }
       // The body of an E string: "\\x" becomes the bytea hexadecimal prefix.
       std::string text = "'\\\\x";
+      text.reserve(text.size() + s.rul_x.size() * 24 + 1);
       for (std::size_t j = 0; j < s.rul_x.size(); ++j) {
         const auto time = static_cast<std::uint64_t>(static_cast<std::int64_t>(s.rul_x[j]));
         const auto value = static_cast<float>(s.rul_y[j]);
         std::uint32_t bits = 0;
         std::memcpy(&bits, &value, sizeof bits);
-        text += littleEndianHex(time, 8) + littleEndianHex(bits, 4);
+        appendLittleEndianHex(text, time, 8);
+        appendLittleEndianHex(text, bits, 4);
       }
       db->writeRulVisualization(s.visualization_id, text + "'");
     }
@@ -390,15 +398,15 @@ public:
   std::map<std::string, std::string> rul_texts; // stays empty: no text per parameter yet
 
 private:
-  // The `bytes` low bytes of `number`, least significant first, two lower-case digits each.
-  static std::string littleEndianHex(std::uint64_t number, int bytes) {
-    std::string digits;
-    char pair[3];
+  // Appends the `bytes` low bytes of `number`, least significant first, two lower-case digits
+  // each.
+  static void appendLittleEndianHex(std::string& text, std::uint64_t number, int bytes) {
+    static const char kDigits[] = "0123456789abcdef";
     for (int b = 0; b < bytes; ++b) {
-      std::snprintf(pair, sizeof pair, "%02x", static_cast<unsigned>((number >> (8 * b)) & 0xffu));
-      digits += pair;
+      const auto byte = static_cast<unsigned>((number >> (8 * b)) & 0xffu);
+      text += kDigits[byte >> 4];
+      text += kDigits[byte & 0xfu];
     }
-    return digits;
   }
 
   DataBase* db;

@@ -122,7 +122,7 @@ public:
   // Stores the version document of instance id.
   virtual void writeVersion(int id, std::string version) = 0;
   // Inserts items into result_temp; returns their visualization ids joined by ", ".
-  virtual std::string writeResultTmp(std::vector<result_temp> items) = 0;
+  virtual std::string writeResultTmp(const std::vector<result_temp>& items) = 0;
   // Writes the parameters of result into RESULT; a duplicate becomes message "27".
   virtual void writeResult(std::string organization_alias, calc_result result) = 0;
   // Writes the parameters of result into RESULT_BASE, updating first when check is set;

@@ -105,7 +105,7 @@ public:
   void writeData(std::string sql) override;
   void writeDefects(int id, std::map<int, int> defects) override;
   void writeVersion(int id, std::string version) override;
-  std::string writeResultTmp(std::vector<result_temp> items) override;
+  std::string writeResultTmp(const std::vector<result_temp>& items) override;
   void writeResult(std::string organization_alias, calc_result result) override;
   void writeResultBase(std::string organization_alias, calc_result result, bool check) override;
   void writeResultMathHistory(std::string organization_alias, calc_result result) override;

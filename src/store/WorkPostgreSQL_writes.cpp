@@ -178,18 +178,27 @@ void WorkPostgreSQL::writeLatestData(calc_result r) {
   }
 }
 
-std::string WorkPostgreSQL::writeResultTmp(std::vector<result_temp> items) {
+std::string WorkPostgreSQL::writeResultTmp(const std::vector<result_temp>& items) {
   // Nothing to stage: an insert without rows would only fail.
   if (items.empty()) {
     return "";
   }
+  // A history of thousands of rows: appended piece by piece into room taken once.
   std::string statement = "INSERT INTO result_temp (V_ID, RECEIPT_DATE, VALUE) VALUES ";
+  statement.reserve(statement.size() + items.size() * 96);
   std::string ids;
+  ids.reserve(items.size() * 10);
   for (const result_temp& item : items) {
     const std::string vid = numberText(item.v_id);
-    statement +=
-        " (" + vid + ", " + timestampText(item.receipt_date) + ", " + floatText(item.value) + "), ";
-    ids += vid + ", ";
+    statement += " (";
+    statement += vid;
+    statement += ", ";
+    statement += timestampText(item.receipt_date);
+    statement += ", ";
+    statement += floatText(item.value);
+    statement += "), ";
+    ids += vid;
+    ids += ", ";
   }
   statement.erase(statement.size() - 2);
   ids.erase(ids.size() - 2);

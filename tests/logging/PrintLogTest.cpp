@@ -9,7 +9,9 @@
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 TEST(Logging, LinesGoWhereTheirFlagsSayAndClockTextsAreUnpadded) {
   const std::string path = ::testing::TempDir() + "printlog_" + std::to_string(getpid()) + ".log";
@@ -72,4 +74,33 @@ TEST(Logging, LinesGoWhereTheirFlagsSayAndClockTextsAreUnpadded) {
         stringToSec(time_now(2, "-2:15"), format) - utc, now - utc})
     shifts += std::to_string(std::lround(shift / 60.0)) + ",";
   EXPECT_EQ(shifts, "0,0,0,0,210,-135,420,");
+}
+
+// The history's reader against stringToSec itself: zones with daylight saving, with changes of
+// standard time (Moscow, 2011 and 2014), with half-hour offsets; days on both sides of each
+// change, dates past a month's end, and the shapes that only strptime reads (one is empty).
+TEST(TimeHelpers, HistoryReaderGivesWhatStringToSecGives) {
+  const std::string table =
+      "2023-03-26 01:30:00|2023-03-26 03:30:00|2023-03-26 23:59:59|2023-10-29 01:00:00|"
+      "2023-10-29 12:00:00.25|2011-03-27 00:30:00|2011-03-27 12:00:00|2011-03-26 23:00:00|"
+      "2014-10-26 00:30:00|2014-10-26 12:00:00+03|2024-02-30 10:00:00|2024-2-29 9:5:1|"
+      "2023-07-04 09:05:60| 2023-07-04 09:05:01|2023-07-04  09:05:01|999-01-01 00:00:00|"
+      "2023-7-4||2023-13-01 00:00:00|20231-01-01 00:00:00|1969-12-31 23:59:59";
+  std::vector<std::string> texts;
+  std::stringstream cells(table);
+  for (std::string text; std::getline(cells, text, '|');)
+    texts.push_back(text);
+  for (const char* zone : {"XYZ-7", "CET-1CEST,M3.5.0,M10.5.0/3", ":Europe/Moscow",
+                           ":Australia/Lord_Howe", ":America/St_Johns"}) {
+    setenv("TZ", zone, 1);
+    tzset();
+    std::string expected;
+    for (const std::string& text : texts)
+      expected += std::to_string(stringToSec(text, "%Y-%m-%d %H:%M:%S")) + ",";
+    LocalDateReader reader;
+    std::string read;
+    for (const std::string& text : texts)
+      read += std::to_string(reader.seconds(text)) + ",";
+    EXPECT_EQ(read, expected) << zone;
+  }
 }
