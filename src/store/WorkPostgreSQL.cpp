@@ -2,7 +2,9 @@
 // read of one measurement row, on which the main loop rests.
 #include "store/WorkPostgreSQL.h"
 
+#include <charconv>
 #include <cmath>
+#include <limits>
 #include <locale>
 #include <pqxx/pqxx>
 #include <thread>
@@ -75,13 +77,14 @@ template <typename T> std::string finiteText(T value) {
   if (!std::isfinite(value)) {
     return "NULL";
   }
-  std::string text = pqxx::to_string(value);
-  for (char& c : text) {
-    if (c == ',') {
-      c = '.';
-    }
-  }
-  return text;
+  // The client library's text of a number, max_digits10 significant digits as printf's %g
+  // writes them in the C locale, so always with a point; written straight from the digits and
+  // not through a stream, as the rewrite of a history prints thousands at a time.
+  char digits[32];
+  char* end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general,
+                            std::numeric_limits<T>::max_digits10)
+                  .ptr;
+  return std::string(digits, end);
 }
 } // namespace
 
@@ -121,6 +124,19 @@ namespace {
 // extraction of nothing leaves the target untouched. The server prints numbers with a point
 // whatever the locale of the process, so the stream reads them in the classic locale.
 template <typename T> void extract(std::stringstream& stream, const pqxx::field& field, T& target) {
+  // Nearly every field is a plain number read whole while nothing is left unread: that is read
+  // straight from its digits, to the same value and leaving the stream as reading it would (all
+  // read); a history of thousands of rows spends more on the stream than on the digits.
+  const char* begin = field.c_str();
+  const char* end = begin + field.size();
+  T value{};
+  if (!field.is_null() && begin != end && stream.rdbuf()->in_avail() == 0) {
+    const std::from_chars_result read = std::from_chars(begin, end, value);
+    if (read.ec == std::errc() && read.ptr == end) {
+      target = value;
+      return;
+    }
+  }
   if (stream.getloc() != std::locale::classic()) {
     stream.imbue(std::locale::classic());
   }
