@@ -6,12 +6,14 @@
 // where the loop puts them on display.
 #include "pipeline/DataParsing.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "blocks/median_filter/median_filter.h"
@@ -110,7 +112,9 @@ public:
       s.middle.clear();
       for (int j = 0; j < n; ++j) {
         s.middle.push_back(y[n - 1 - j]);
-        updates.push_back({s.visualization_id, s.dates[static_cast<std::size_t>(j)], y[n - 1 - j]});
+        // Nothing reads a series' dates after this: they move into the staged rows.
+        updates.push_back(
+            {s.visualization_id, std::move(s.dates[static_cast<std::size_t>(j)]), y[n - 1 - j]});
       }
     }
   }
@@ -195,10 +199,22 @@ public:
                               " AND STATUS_CALC = " + std::to_string(status_calc) +
                               " ORDER BY RECEIPT_DATE DESC LIMIT " + std::to_string(limit),
                           frm_ids, frm_values);
-    std::map<int, double> frequency;
+    // The frequency of each measurement by its id, sorted for the search of every row of every
+    // parameter; of an id read twice the later value counts.
+    std::vector<std::pair<int, double>> frequency;
     for (std::size_t i = 0; i < frm_ids.size() && i < frm_values.size(); ++i) {
-      frequency[frm_ids[i]] = frm_values[i];
+      frequency.emplace_back(frm_ids[i], frm_values[i]);
     }
+    std::stable_sort(frequency.begin(), frequency.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::size_t kept = 0;
+    for (const auto& entry : frequency) {
+      if (kept > 0 && frequency[kept - 1].first == entry.first) {
+        --kept;
+      }
+      frequency[kept++] = entry;
+    }
+    frequency.resize(kept);
     const int largest = frm_ids.empty() ? 0 : frm_ids.front();
     const int smallest = frm_ids.empty() ? 0 : frm_ids.back();
     for (const std::string& name : names) {
@@ -215,8 +231,10 @@ public:
       s.name = name;
       s.visualization_id = trend_ids[name];
       for (std::size_t i = 0; i < values.size(); ++i) {
-        const auto found = frequency.find(param_info_ids[i]);
-        if (found == frequency.end()) {
+        const auto found = std::lower_bound(
+            frequency.begin(), frequency.end(), param_info_ids[i],
+            [](const std::pair<int, double>& entry, int id) { return entry.first < id; });
+        if (found == frequency.end() || found->first != param_info_ids[i]) {
           continue;
         }
         s.ids.push_back(ids[i]);
@@ -303,10 +321,14 @@ public:
       monotone_rows.push_back({s.visualization_id, s.dates.front(), monotone});
       latest_monotone[s.name] = monotone;
       s.trend.clear();
-      for (int j = 0; j < n; ++j) {
+      // The dates move into the staged rows; only the newest is read again, by the forecast's
+      // notice.
+      trend_rows.push_back({s.visualization_id, s.dates.front(), y[n - 1]});
+      s.trend.push_back(y[n - 1]);
+      for (int j = 1; j < n; ++j) {
         s.trend.push_back(y[n - 1 - j]);
         trend_rows.push_back(
-            {s.visualization_id, s.dates[static_cast<std::size_t>(j)], y[n - 1 - j]});
+            {s.visualization_id, std::move(s.dates[static_cast<std::size_t>(j)]), y[n - 1 - j]});
       }
     }
   }
