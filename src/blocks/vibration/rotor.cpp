@@ -155,16 +155,17 @@ double find_oil_whirl_instability_freq(double dt, int n, const creal_T* z, doubl
   return amplitude(s, n);
 }
 
-RotorLine find_rotor_freq_base(double fs, double P, const double* w, int n, FrequencyMode mode) {
+RotorLine find_rotor_freq_base(double fs, double P, const creal_T* y, int n, FrequencyMode mode) {
   RotorLine line;
   if (!servedPoles(P) || n <= 0) {
     return line;
   }
-  coder::array<double, 2> x;
-  x.set_size(1, n);
-  std::copy(w, w + n, x.data());
+  // The decimation works in place, on a copy in mm/s.
   coder::array<creal_T, 2> z;
-  coder::hilbert(x, z);
+  z.set_size(1, n);
+  for (int k = 0; k < n; ++k) {
+    z[k] = {toMillimetres(y[k].re), toMillimetres(y[k].im)};
+  }
   const double fs8 = signal_ndec(fs, z);
   const int m = z.numel();
   // A record shorter than the decimation step leaves nothing to scan.

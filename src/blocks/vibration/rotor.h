@@ -74,13 +74,13 @@ double find_oil_whirl_instability_freq(double dt, int n, const creal_T* z, doubl
 
 // ---- Modules without a magnetic channel ------------------------------------------------
 
-// The search on one axis of a velocity w in mm/s (n samples at fs): its analytic signal is
-// averaged down by 8, band-filtered by a 299-tap least-squares design for fs / 8 with its delay
+// The search on one axis, on the analytic velocity y (g s) of n samples at fs that the harmonic
+// scans take as well; its amplitude leaves in mm/s. The signal is averaged down by 8, band-filtered by a 299-tap least-squares design for fs / 8 with its delay
 // of 149 samples taken off, and scanned at 0.01 Hz, over the same window as the first
 // generation in "frequency_fixed" and over the whole range the rotor of a converter-fed motor
 // can take in "frequency_control". A line whose scan holds no peak of its own (flag 1) is no
 // line: frequency and amplitude are then 0. P outside 1..4 gives zeros.
-RotorLine find_rotor_freq_base(double fs, double P, const double* w, int n, FrequencyMode mode);
+RotorLine find_rotor_freq_base(double fs, double P, const creal_T* y, int n, FrequencyMode mode);
 
 // Whether the rotor frequencies of the axes agree: 0.0 when the largest and the smallest
 // (NaN skipped) differ by at most 0.5 percent of the largest over three axes, 1 percent over

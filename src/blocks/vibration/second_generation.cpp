@@ -58,13 +58,12 @@ void runSecondGeneration(const SecondGenerationForm& form, SecondGenerationInput
 
   double disagreement = 0.0, harmonic_flags[3][3] = {};
   if (!options.skip_rotor) {
+    // One analytic velocity per axis serves the rotor search and every scan after it.
+    coder::array<creal_T, 2> z[3];
     double f[3] = {0.0, 0.0, 0.0};
     for (int a = 0; a < axes; ++a) {
-      std::vector<double> w(static_cast<size_t>(n));
-      for (int k = 0; k < n; ++k) {
-        w[size_t(k)] = toMillimetres(vel[a][k]);
-      }
-      f[a] = find_rotor_freq_base(fs, in.poles, w.data(), n, options.frequency).frequency;
+      coder::hilbert(vel[a], z[a]);
+      f[a] = find_rotor_freq_base(fs, in.poles, z[a].data(), n, options.frequency).frequency;
     }
     if (axes == 3) {
       disagreement = error_froot_fun_703_3(f[0], f[1], f[2]);
@@ -79,10 +78,6 @@ void runSecondGeneration(const SecondGenerationForm& form, SecondGenerationInput
       out.FRM = 0.0;
     } else {
       const double frm = f[axes > 1 ? 1 : 0], dt = 1.0 / fs;
-      coder::array<creal_T, 2> z[3];
-      for (int a = 0; a < axes; ++a) {
-        coder::hilbert(vel[a], z[a]);
-      }
       if (!options.journal) {
         double amplitudes[4][3];
         for (int a = 0; a < axes; ++a) {
