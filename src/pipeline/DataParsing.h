@@ -290,8 +290,8 @@ private:
   // "FS"), fm from the magnetic pieces' ("fd"), each still 0 from the module type's defaults
   // ("fd" of "vibro" and of "magnet", "FS") where the last default that applies counts.
   void vibrationRates(double& fv, double& fm, double& FS) const;
-  // The module type's default `name` that applies to this row (the last one counts), or 0.
-  double moduleDefault(const std::string& name) const;
+  // The module type's default `name` that applies to this row (the last one counts), or `none`.
+  double moduleDefault(const std::string& name, double none = 0.0) const;
   // The channel gain g_del of the axis named by `letter` whose piece is `piece`: the piece's own
   // setting, else the row's g_del_<letter>, else the module type's; 1 where none is given.
   double channelGain(const raw* piece, char letter) const;

@@ -106,8 +106,8 @@ void DataParsing::vibrationRates(double& fv, double& fm, double& FS) const {
   }
 }
 
-double DataParsing::moduleDefault(const std::string& name) const {
-  double value = 0.0;
+double DataParsing::moduleDefault(const std::string& name, double none) const {
+  double value = none;
   for (const module_param& p : module_params) {
     if (applies(p, type_param) && p.name == name) {
       value = static_cast<double>(p.value);
@@ -118,12 +118,7 @@ double DataParsing::moduleDefault(const std::string& name) const {
 
 double DataParsing::channelGain(const raw* piece, char letter) const {
   const std::string name = std::string("g_del_") + letter;
-  double gain = kLeastGain;
-  for (const module_param& p : module_params) {
-    if (applies(p, type_param) && p.name == name) {
-      gain = static_cast<double>(p.value);
-    }
-  }
+  double gain = moduleDefault(name, kLeastGain);
   for (const param_setting& s : param.settings) {
     if (s.name == name) {
       gain = s.value;
